@@ -1,0 +1,46 @@
+/* colors.cpp -- the colour table and the one colour change of a listing. */
+#include "report/colors.h"
+
+#include "driver/console.h"
+
+const char *BGColor[8] = {
+    nullptr,
+    "#90ee90", /* COLOR_INFEASIBLE */
+    "#ffffff", /* COLOR_UNKNOWN */
+    "#ffffff", /* COLOR_COVERED */
+    "#fafad2", /* COLOR_PARTIAL */
+    "#ffff99", /* COLOR_UNCOVERED_BLOCK */
+    "#ffcccc", /* COLOR_UNCOVERED_FUNCTION */
+    "#ffffff", /* COLOR_INFO */
+};
+
+static void checkColor(int color)
+{
+    if (color < COLOR_INFEASIBLE || color > COLOR_INFO) {
+        fprintf(stdout, "ERROR: unknown color %d\n", color);
+        tvx_Exit(1);
+    }
+}
+
+void SetBGColor(int color, const char *colour)
+{
+    checkColor(color);
+    BGColor[color] = colour;
+}
+
+void SetNoPartialColor()
+{
+    BGColor[COLOR_PARTIAL] = BGColor[COLOR_COVERED];
+}
+
+const char *takeBGColor(int color)
+{
+    return BGColor[color];
+}
+
+void changeColor(FILE *stream, int newColor, int oldColor)
+{
+    checkColor(newColor);
+    checkColor(oldColor);
+    fprintf(stream, "</a><a style=\"background-color: %s\">", BGColor[newColor]);
+}

@@ -1,0 +1,89 @@
+/* coverage_store.h -- the run's coverage store: the list of every source
+ * file with its totals, and the (line, column) position table of the file
+ * being processed. */
+#ifndef VEMCOV_REPORT_COVERAGE_STORE_H
+#define VEMCOV_REPORT_COVERAGE_STORE_H
+
+#include <cstdint>
+
+/* Count stored for a position inside a function that never ran; never shown
+ * as a number. */
+const uint64_t NEVER_EXECUTED = ~(uint64_t)0;
+
+/* One source position of the current file. */
+struct block_list_node {
+    uint32_t line;             /* 1-based position */
+    uint32_t column;
+    uint64_t count;            /* accumulated count, or NEVER_EXECUTED */
+    block_list_node *next;     /* next position of the same line, in insertion order */
+    uint32_t numBlocks;        /* blocks added here */
+    uint32_t numExecuted;      /* of them with a non-zero count (the marker counts) */
+    uint32_t numUnexecuted;    /* of them with count 0 */
+    bool lastBlockAdjusted;    /* never set in practice; the listing honours it */
+    bool newFunction;          /* OR of the flags passed with the blocks (-ref) */
+};
+
+/* Position table of one source file. */
+struct file_list_node {
+    block_list_node **lineTable; /* lineSlots + 1 heads indexed by line; null if unreadable */
+    char *path;                  /* copy of the source path as given */
+    uint32_t lineSlots;          /* number of lines + 1 */
+};
+
+/* One source file of the run with its totals; lives until exit. */
+struct filename_list_node {
+    filename_list_node *next;
+    char *path;                  /* copy of the source path */
+    uint32_t totalFuncs;
+    uint32_t coveredFuncs;
+    uint32_t totalBlocks;
+    uint32_t coveredBlocks;
+    uint32_t fileFlags;          /* FILE_READABLE | FILE_UNCOVERED | FILE_COVERED */
+    double funcPercent;          /* 100 * covered / total, 0 when total is 0 */
+    double blockPercent;
+};
+
+const uint32_t FILE_READABLE = 1;  /* the source could be opened when registered */
+const uint32_t FILE_UNCOVERED = 2; /* listed as uncovered */
+const uint32_t FILE_COVERED = 4;   /* listed as covered */
+
+class coverage_list {
+public:
+    file_list_node *currentFile = nullptr;   /* position table of the current file */
+    uint32_t fileCount = 0;
+    filename_list_node *fileListHead = nullptr;
+    filename_list_node *fileListTail = nullptr;
+
+    /* Registers a source file once; true unless its entry cannot be made. */
+    bool bAddFilename(const char *path);
+
+    /* Opens the position table of the current file (no-op when one is open).
+     * False, after "\nWarning - File %s not found!\n", when the file cannot
+     * be read; the node is installed all the same. */
+    bool bSetName(const char *path);
+
+    /* Adds one block at (line, column) of the current file, opening the
+     * table for `path` first when none is open. */
+    bool bAddBlockCount(const char *path, uint32_t line, uint32_t column, uint64_t count,
+                        bool newFunction, uint32_t **unexecutedOut);
+
+    /* Looks a position up in the current file. Every output but countOut may
+     * be null; trackTop must be false. */
+    bool bFetchHitCount(uint32_t line, uint32_t column, uint64_t *countOut, bool trackTop,
+                        bool *newFunctionOut, uint32_t *numBlocksOut, uint32_t *numExecutedOut,
+                        bool *lastBlockAdjustedOut);
+
+    /* Splits the file list into newly allocated arrays of covered and
+     * uncovered entries. Returns the uncovered count, or -1 when an array
+     * cannot be allocated. */
+    int uiGetFilenames(int *coveredCountOut, filename_list_node ***coveredListOut,
+                       int *uncoveredCountOut, filename_list_node ***uncoveredListOut);
+
+    /* Frees the current file's position table and clears currentFile. */
+    void deleteCurrentFile();
+};
+
+/* The run's one store. */
+extern coverage_list g_cl;
+
+#endif

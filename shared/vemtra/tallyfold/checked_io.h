@@ -1,0 +1,38 @@
+/* checked_io.h -- file access of the profile library.
+ *
+ * checked_fopen opens a file under a POSIX record lock (shared for reading,
+ * exclusive for writing) so that two tools of the suite never see each
+ * other's half-written profile. The other wrappers either succeed or print
+ * the system error and a fixed "FATAL ERROR: ..." line and end the process
+ * with status 1, so readers need no end-of-file checks of their own.
+ * `file_name` is used only in messages and may be null.
+ */
+#ifndef VEMTRA_TALLYFOLD_CHECKED_IO_H
+#define VEMTRA_TALLYFOLD_CHECKED_IO_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+/* Opens `path` with the fopen-style `mode`. The mode's '+', 'a' or 'w' asks
+ * for an exclusive lock, anything else for a shared one; the lock covers the
+ * file from byte 16 to its end and the request waits until it is granted.
+ * Returns the stream, or null (no message when the open itself fails). */
+FILE *checked_fopen(const char *path, const char *mode);
+
+/* Closes the stream (and its lock); returns what fclose returns. */
+int checked_fclose(FILE *stream);
+
+/* Reads `count` items or ends the process. Returns `count`. */
+size_t checked_fread(void *buffer, size_t size, size_t count, FILE *stream, const char *file_name);
+
+/* Writes `count` items or ends the process. Returns `count`. */
+size_t checked_fwrite(const void *buffer, size_t size, size_t count, FILE *stream, const char *file_name);
+
+/* Seeks or ends the process. Returns 0. */
+int checked_fseek(FILE *stream, int64_t offset, int whence, const char *file_name);
+
+/* Returns the stream position or ends the process. */
+int64_t checked_ftell(FILE *stream, const char *file_name);
+
+#endif

@@ -1,0 +1,132 @@
+// Tool messages, checked I/O and ASSERTX: exact bytes and exit statuses.
+#include <cstdio>
+#include <string>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "shared/vemtra/tallyfold/assertx.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
+#include "shared/vemtra/tallyfold/tool_message.h"
+#include "tests/support/capture.h"
+
+using testsupport::CaptureInChild;
+using testsupport::Captured;
+
+TEST(ToolMessage, LinesWithoutToolName)
+{
+    Captured run = CaptureInChild([] {
+        VEMTRA_Tool_Set_Name(nullptr);
+        VEMTRA_Tool_Message("plain %d", 1);
+        VEMTRA_Tool_Warning("careful %s", "there");
+        VEMTRA_Tool_Warning("Unrecognized dpi header in %s\n", "x.dpi");
+    });
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "plain 1\nWARNING: careful there\nWARNING: Unrecognized dpi header in x.dpi\n\n");
+}
+
+TEST(ToolMessage, ErrorCarriesToolNameAndEndsWithStatus)
+{
+    Captured run = CaptureInChild([] {
+        VEMTRA_Tool_Set_Name("vemcov");
+        VEMTRA_Tool_Warning("w");
+        VEMTRA_Tool_Error(3, "Can't read .dpi file, %s", "a.dpi");
+    });
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.err, "vemcov: WARNING: w\nvemcov: ERROR: Can't read .dpi file, a.dpi\n");
+}
+
+TEST(CheckedIo, ShortReadNamesTheFile)
+{
+    char path[] = "/tmp/vemcov-short-XXXXXX";
+    int fd = mkstemp(path);
+    ASSERT_GE(fd, 0);
+    ASSERT_EQ(write(fd, "abc", 3), 3);
+    close(fd);
+    Captured run = CaptureInChild([&] {
+        FILE *stream = checked_fopen(path, "rb");
+        char buffer[8];
+        checked_fread(buffer, 1, 8, stream, "short.dpi");
+    });
+    unlink(path);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "short.dpi: Success\nFATAL ERROR: fread on file short.dpi failed\n");
+}
+
+TEST(CheckedIo, FailuresWithoutFileName)
+{
+    Captured read_run = CaptureInChild([] {
+        FILE *stream = tmpfile();
+        char byte;
+        checked_fread(&byte, 1, 1, stream, nullptr);
+    });
+    EXPECT_EQ(read_run.status, 1);
+    EXPECT_EQ(read_run.err, "Success\nFATAL ERROR: fread on file failed\n");
+
+    Captured seek_run = CaptureInChild([] {
+        FILE *stream = tmpfile();
+        checked_fseek(stream, -5, SEEK_SET, nullptr);
+    });
+    EXPECT_EQ(seek_run.status, 1);
+    EXPECT_EQ(seek_run.err, "Invalid argument\nFATAL ERROR: fseek on file failed\n");
+}
+
+TEST(CheckedIo, OpenModesAndMissingFile)
+{
+    char path[] = "/tmp/vemcov-modes-XXXXXX";
+    int fd = mkstemp(path);
+    ASSERT_GE(fd, 0);
+    close(fd);
+
+    FILE *writer = checked_fopen(path, "wb");
+    ASSERT_NE(writer, nullptr);
+    EXPECT_EQ(checked_fwrite("0123456789abcdefXYZ", 1, 19, writer, path), 19u);
+    EXPECT_EQ(checked_ftell(writer, path), 19);
+    checked_fclose(writer);
+
+    FILE *reader = checked_fopen(path, "rb");
+    ASSERT_NE(reader, nullptr);
+    char buffer[4] = {0};
+    checked_fseek(reader, 16, SEEK_SET, path);
+    checked_fread(buffer, 1, 3, reader, path);
+    EXPECT_STREQ(buffer, "XYZ");
+    // A read-only stream refuses writes.
+    EXPECT_EQ(fwrite("q", 1, 1, reader), 0u);
+    checked_fclose(reader);
+
+    FILE *updater = checked_fopen(path, "r+");
+    ASSERT_NE(updater, nullptr);
+    EXPECT_EQ(fwrite("Q", 1, 1, updater), 1u);
+    checked_fclose(updater);
+    unlink(path);
+
+    Captured missing = CaptureInChild([&] { EXPECT_EQ(checked_fopen(path, "rb"), nullptr); });
+    EXPECT_EQ(missing.status, 0);
+    EXPECT_EQ(missing.err, "");
+}
+
+TEST(CheckedIo, ExclusiveLockWaitsForShared)
+{
+    // A reader holds the shared lock; a writer in another process must wait
+    // until it is released.
+    char path[] = "/tmp/vemcov-lock-XXXXXX";
+    int fd = mkstemp(path);
+    ASSERT_GE(fd, 0);
+    close(fd);
+    FILE *reader = checked_fopen(path, "rb");
+    ASSERT_NE(reader, nullptr);
+    Captured blocked = CaptureInChild([&] { checked_fopen(path, "r+"); }, 1);
+    EXPECT_TRUE(blocked.timed_out);
+    checked_fclose(reader);
+    Captured free_run = CaptureInChild([&] { EXPECT_NE(checked_fopen(path, "r+"), nullptr); }, 5);
+    EXPECT_FALSE(free_run.timed_out);
+    unlink(path);
+}
+
+TEST(Assertx, PrintsDirectoryLineAndCondition)
+{
+    Captured run = CaptureInChild([] { vemtra_Assert_Fail("shared/vemtra/tallyfold", 892, "i < dpi->block_cnt"); });
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "shared/vemtra/tallyfold:892 ASSERTX(i < dpi->block_cnt)\n");
+}
