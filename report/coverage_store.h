@@ -5,6 +5,8 @@
 #define VEMCOV_REPORT_COVERAGE_STORE_H
 
 #include <cstdint>
+#include <string_view>
+#include <unordered_set>
 
 /* Count stored for a position inside a function that never ran; never shown
  * as a number. */
@@ -49,6 +51,12 @@ const uint32_t FILE_COVERED = 4;   /* listed as covered */
 
 class coverage_list {
 public:
+    coverage_list() = default;
+    coverage_list(const coverage_list &) = delete;
+    coverage_list &operator=(const coverage_list &) = delete;
+    /* Frees the file list and any current file (at process exit for g_cl). */
+    ~coverage_list();
+
     file_list_node *currentFile = nullptr;   /* position table of the current file */
     uint32_t fileCount = 0;
     filename_list_node *fileListHead = nullptr;
@@ -63,24 +71,37 @@ public:
     bool bSetName(const char *path);
 
     /* Adds one block at (line, column) of the current file, opening the
-     * table for `path` first when none is open. */
+     * table for `path` first when none is open (false when that fails, or
+     * when the current file could not be read). Line 0 stores nothing; a line
+     * beyond lineSlots becomes position (1, 1). Counts add up; the
+     * NEVER_EXECUTED marker fills only a zero count and gives way to any real
+     * count. When `unexecutedOut` is given it receives the position's
+     * numUnexecuted counter once some block there ran, else null. */
     bool bAddBlockCount(const char *path, uint32_t line, uint32_t column, uint64_t count,
                         bool newFunction, uint32_t **unexecutedOut);
 
-    /* Looks a position up in the current file. Every output but countOut may
-     * be null; trackTop must be false. */
+    /* Looks a position up in the current file. False, with zero outputs,
+     * when there is no table, the line is not below lineSlots or the position
+     * was never recorded. Every output but countOut may be null; trackTop
+     * must be false. */
     bool bFetchHitCount(uint32_t line, uint32_t column, uint64_t *countOut, bool trackTop,
                         bool *newFunctionOut, uint32_t *numBlocksOut, uint32_t *numExecutedOut,
                         bool *lastBlockAdjustedOut);
 
     /* Splits the file list into newly allocated arrays of covered and
-     * uncovered entries. Returns the uncovered count, or -1 when an array
-     * cannot be allocated. */
+     * uncovered entries, in list order; an empty selection is a null array.
+     * Returns the uncovered count, or -1 (with the covered count -1 too) when
+     * an array cannot be allocated. The arrays belong to the caller. */
     int uiGetFilenames(int *coveredCountOut, filename_list_node ***coveredListOut,
                        int *uncoveredCountOut, filename_list_node ***uncoveredListOut);
 
     /* Frees the current file's position table and clears currentFile. */
     void deleteCurrentFile();
+
+private:
+    /* The registered paths (views of the entries' own copies), so that a
+     * registration costs the same however many files the run has. */
+    std::unordered_set<std::string_view> pathIndex;
 };
 
 /* The run's one store. */

@@ -1,0 +1,259 @@
+/* coverage_store.cpp -- the run's coverage store: the file list with its
+ * totals, and the position table of the current source file. */
+#include "report/coverage_store.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "driver/console.h"
+
+coverage_list g_cl;
+
+namespace {
+
+/* The store's messages, all on standard output. The class names inside them
+ * do not always match the operation that prints them; they are kept so. */
+const char MSG_ADD_FILENAME_NO_MEMORY[] = "Error - out of memory!! (coverage_list::bAddFilename)\n";
+const char MSG_NODE_NO_MEMORY[] = "Error - Not enough memory!! (file_list_node::file_list_node): %s\n";
+const char MSG_SET_NAME_NO_MEMORY[] = "Out of memory!! (file_list_node::bSetName %s)\n";
+const char MSG_FILE_NOT_FOUND[] = "\nWarning - File %s not found!\n";
+const char MSG_GET_FILENAMES_NO_MEMORY[] = "Error - Not enough memory!! (file_list_node::uiGetFilenames)\n";
+
+/* Counts the lines of an open stream: its newlines, plus one when the last
+ * byte is not a newline. An empty file has no lines. */
+uint32_t countLines(FILE *stream)
+{
+    uint32_t lines = 0;
+    int last = EOF;
+    char buffer[65536];
+    size_t got;
+    while ((got = fread(buffer, 1, sizeof buffer, stream)) > 0) {
+        for (const char *p = buffer, *end = buffer + got;
+             (p = static_cast<const char *>(memchr(p, '\n', end - p))) != nullptr; ++p)
+            ++lines;
+        last = static_cast<unsigned char>(buffer[got - 1]);
+    }
+    if (last != EOF && last != '\n')
+        ++lines;
+    return lines;
+}
+
+char *copyString(const char *text)
+{
+    size_t size = strlen(text) + 1;
+    char *copy = static_cast<char *>(malloc(size));
+    if (copy != nullptr)
+        memcpy(copy, text, size);
+    return copy;
+}
+
+}  // namespace
+
+bool coverage_list::bAddFilename(const char *path)
+{
+    if (pathIndex.count(path) != 0)
+        return true;
+
+    filename_list_node *node = static_cast<filename_list_node *>(calloc(1, sizeof(filename_list_node)));
+    char *copy = node != nullptr ? copyString(path) : nullptr;
+    if (copy == nullptr) {
+        free(node);
+        printf(MSG_ADD_FILENAME_NO_MEMORY);
+        return false;
+    }
+    node->path = copy;
+    if (FILE *probe = fopen(path, "r")) {
+        node->fileFlags |= FILE_READABLE;
+        fclose(probe);
+    }
+    if (fileListTail != nullptr)
+        fileListTail->next = node;
+    else
+        fileListHead = node;
+    fileListTail = node;
+    ++fileCount;
+    pathIndex.insert(node->path);
+    return true;
+}
+
+bool coverage_list::bSetName(const char *path)
+{
+    if (currentFile != nullptr)
+        return true;
+
+    file_list_node *node = static_cast<file_list_node *>(calloc(1, sizeof(file_list_node)));
+    if (node == nullptr) {
+        printf(MSG_SET_NAME_NO_MEMORY, path);
+        return false;
+    }
+    node->path = copyString(path);
+    if (node->path == nullptr) {
+        printf(MSG_NODE_NO_MEMORY, path);
+        tvx_Exit(1);
+    }
+    currentFile = node;
+
+    FILE *source = fopen(path, "r");
+    if (source == nullptr) {
+        printf(MSG_FILE_NOT_FOUND, path);
+        return false;
+    }
+    node->lineSlots = countLines(source) + 1;
+    fclose(source);
+    node->lineTable = static_cast<block_list_node **>(
+        calloc(static_cast<size_t>(node->lineSlots) + 1, sizeof(block_list_node *)));
+    if (node->lineTable == nullptr) {
+        printf(MSG_NODE_NO_MEMORY, path);
+        tvx_Exit(1);
+    }
+    return true;
+}
+
+bool coverage_list::bAddBlockCount(const char *path, uint32_t line, uint32_t column, uint64_t count,
+                                   bool newFunction, uint32_t **unexecutedOut)
+{
+    if (currentFile == nullptr && !bSetName(path))
+        return false;
+    /* A table whose source could not be read takes no blocks. */
+    if (currentFile->lineTable == nullptr)
+        return false;
+
+    if (line == 0)
+        return true;
+    /* Positions beyond the file collapse onto its first position. Line
+     * lineSlots itself has a slot, though a fetch never reaches it. */
+    if (line > currentFile->lineSlots) {
+        line = 1;
+        column = 1;
+    }
+    if (unexecutedOut != nullptr)
+        *unexecutedOut = nullptr;
+
+    block_list_node **link = &currentFile->lineTable[line];
+    block_list_node *node = *link;
+    for (; node != nullptr; link = &node->next, node = node->next)
+        if (node->line == line && node->column == column)
+            break;
+    if (node == nullptr) {
+        node = static_cast<block_list_node *>(calloc(1, sizeof(block_list_node)));
+        if (node == nullptr)
+            return true;  /* the block is dropped */
+        node->line = line;
+        node->column = column;
+        *link = node;
+    }
+
+    if (count == NEVER_EXECUTED) {
+        if (node->count == 0)
+            node->count = NEVER_EXECUTED;
+    } else if (node->count == NEVER_EXECUTED) {
+        node->count = count;
+    } else {
+        node->count += count;
+    }
+    ++node->numBlocks;
+    node->newFunction = node->newFunction || newFunction;
+    if (count == 0)
+        ++node->numUnexecuted;
+    else
+        ++node->numExecuted;
+
+    if (unexecutedOut != nullptr && node->numExecuted > 0)
+        *unexecutedOut = &node->numUnexecuted;
+    return true;
+}
+
+bool coverage_list::bFetchHitCount(uint32_t line, uint32_t column, uint64_t *countOut, bool trackTop,
+                                   bool *newFunctionOut, uint32_t *numBlocksOut, uint32_t *numExecutedOut,
+                                   bool *lastBlockAdjustedOut)
+{
+    (void)trackTop;  /* the top-hit-count table is not kept */
+    const block_list_node *node = nullptr;
+    if (currentFile != nullptr && currentFile->lineTable != nullptr && line < currentFile->lineSlots) {
+        for (node = currentFile->lineTable[line]; node != nullptr; node = node->next)
+            if (node->line == line && node->column == column)
+                break;
+    }
+    *countOut = node != nullptr ? node->count : 0;
+    if (newFunctionOut != nullptr)
+        *newFunctionOut = node != nullptr && node->newFunction;
+    if (numBlocksOut != nullptr)
+        *numBlocksOut = node != nullptr ? node->numBlocks : 0;
+    if (numExecutedOut != nullptr)
+        *numExecutedOut = node != nullptr ? node->numExecuted : 0;
+    if (lastBlockAdjustedOut != nullptr)
+        *lastBlockAdjustedOut = node != nullptr && node->lastBlockAdjusted;
+    return node != nullptr;
+}
+
+int coverage_list::uiGetFilenames(int *coveredCountOut, filename_list_node ***coveredListOut,
+                                  int *uncoveredCountOut, filename_list_node ***uncoveredListOut)
+{
+    int covered = 0, uncovered = 0;
+    for (const filename_list_node *node = fileListHead; node != nullptr; node = node->next) {
+        if (node->fileFlags & FILE_COVERED)
+            ++covered;
+        if (node->fileFlags & FILE_UNCOVERED)
+            ++uncovered;
+    }
+    filename_list_node **coveredList = nullptr, **uncoveredList = nullptr;
+    if (covered > 0)
+        coveredList = static_cast<filename_list_node **>(malloc(covered * sizeof(filename_list_node *)));
+    if (uncovered > 0)
+        uncoveredList = static_cast<filename_list_node **>(malloc(uncovered * sizeof(filename_list_node *)));
+    if ((covered > 0 && coveredList == nullptr) || (uncovered > 0 && uncoveredList == nullptr)) {
+        free(coveredList);
+        free(uncoveredList);
+        printf(MSG_GET_FILENAMES_NO_MEMORY);
+        *coveredCountOut = -1;
+        *coveredListOut = nullptr;
+        *uncoveredCountOut = 0;
+        *uncoveredListOut = nullptr;
+        return -1;
+    }
+    int c = 0, u = 0;
+    for (filename_list_node *node = fileListHead; node != nullptr; node = node->next) {
+        if (node->fileFlags & FILE_COVERED)
+            coveredList[c++] = node;
+        if (node->fileFlags & FILE_UNCOVERED)
+            uncoveredList[u++] = node;
+    }
+    *coveredCountOut = covered;
+    *coveredListOut = coveredList;
+    *uncoveredCountOut = uncovered;
+    *uncoveredListOut = uncoveredList;
+    return uncovered;
+}
+
+void coverage_list::deleteCurrentFile()
+{
+    file_list_node *file = currentFile;
+    if (file == nullptr)
+        return;
+    if (file->lineTable != nullptr) {
+        for (uint32_t line = 0; line <= file->lineSlots; ++line) {
+            block_list_node *node = file->lineTable[line];
+            while (node != nullptr) {
+                block_list_node *next = node->next;
+                free(node);
+                node = next;
+            }
+        }
+        free(file->lineTable);
+    }
+    free(file->path);
+    free(file);
+    currentFile = nullptr;
+}
+
+coverage_list::~coverage_list()
+{
+    deleteCurrentFile();
+    for (filename_list_node *node = fileListHead; node != nullptr;) {
+        filename_list_node *next = node->next;
+        free(node->path);
+        free(node);
+        node = next;
+    }
+}
