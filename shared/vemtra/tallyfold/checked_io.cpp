@@ -104,6 +104,9 @@ static const IoFailure FTELL_FAILED = {"FATAL ERROR: ftell on file %s failed\n",
 
 size_t checked_fread(void *buffer, size_t size, size_t count, FILE *stream, const char *file_name)
 {
+    /* A read that stops at the end of the file sets no error number: clear
+     * it so that the message does not report an older, unrelated one. */
+    errno = 0;
     if (fread(buffer, size, count, stream) != count)
         vemtra_Io_Failed(FREAD_FAILED, file_name);
     return count;

@@ -72,6 +72,8 @@ typedef struct DPI_DIRECTORY_ENTRY {
 } DPI_DIRECTORY_ENTRY;
 
 /* ---- an open dynamic profile file ---- */
+struct VEMTRA_DPI_STREAM; /* cached positioned reads (client/dpi_stream.h) */
+
 typedef struct DPI_FILE {
     FILE *fp;                        /* stays open (shared lock) for segment reads */
     uint32_t segment_count;          /* functions in the file (header) */
@@ -84,6 +86,7 @@ typedef struct DPI_FILE {
     char *name_field;                /* header name field (512-byte allocation) */
     int32_t has_flow_graph;          /* properties bit 0 */
     uint32_t cursor;                 /* position of the file/function pair walk */
+    struct VEMTRA_DPI_STREAM *stream; /* page-cached reads of fp */
 } DPI_FILE;
 
 /* ---- one decoded function segment ---- */

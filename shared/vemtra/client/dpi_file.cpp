@@ -1,0 +1,457 @@
+/* dpi_file.cpp -- opening a dynamic profile: its header, the sorted
+ * directory of its segments, the walk over (file, function) pairs, and the
+ * close.
+ *
+ * New-form files hold tagged blocks: a segment (tag 0xDEEF, length, record)
+ * followed by extension blocks up to the next segment. Old-form files hold
+ * untagged records whose word A is their length. The open reads every
+ * record once, lightly, to fill the directory and the address tables; the
+ * records are decoded fully only when fetched (dpi_segment.cpp).
+ */
+#include "shared/vemtra/client/dpi_file.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "shared/vemtra/client/dpi_address_table.h"
+#include "shared/vemtra/client/dpi_record.h"
+#include "shared/vemtra/client/dpi_stream.h"
+#include "shared/vemtra/client/src_root.h"
+#include "shared/vemtra/tallyfold/assertx.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
+#include "shared/vemtra/tallyfold/tool_message.h"
+
+int32_t VEMTRA_dpi_64bit_counters = 0;
+
+/* The messages of the open, kept together. */
+static const char MSG_CANT_READ[] = "Can't read .dpi file, %s";
+static const char MSG_BAD_HEADER[] = "Unrecognized dpi header in %s\n";
+static const char MSG_PROPERTIES[] = "%s contains unrecognized properties value, 0x%lx, in header. Data may be ignored";
+static const char MSG_UNEXPECTED_END[] = "unexpected end of file '%s',Expected %d records. Read %d";
+static const char MSG_UNKNOWN_EXTENSION[] = "Unrecognized extension segment id, 0x%lx. Attempting to skip.";
+static const char MSG_CANNOT_PROCESS[] = "cannot process .dpi file, '%s'";
+static const char MSG_INCOMPATIBLE[] =
+    "%s has old or incompatible file format\n\tDelete file and redo instrumentation compilation/execution.";
+static const char MSG_MULTIPLE[] = "Multiple profile entries in %s match lookup key, %s";
+
+static const uint32_t HEADER_WORDS_BYTES = 16;   /* version, runs, segment count, reserved */
+static const uint32_t OLD_RECORD_MIN = 8;        /* flags word and length word */
+
+static char *vemtra_Copy_String(const char *text)
+{
+    size_t length = strlen(text) + 1;
+    char *copy = static_cast<char *>(malloc(length));
+    memcpy(copy, text, length);
+    return copy;
+}
+
+/* ---- header ---- */
+
+/* A header read that must succeed: a short one ends the run. */
+static void vemtra_Read_Header_Bytes(VEMTRA_INPUT_FILE *input_file, unsigned char *bytes, size_t count)
+{
+    if (fread(bytes, 1, count, input_file->fp) != count)
+        VEMTRA_Tool_Error(1, MSG_CANT_READ, input_file->file_name);
+}
+
+static void vemtra_Keep_Name_Field(DPI_FILE *dpi, const unsigned char *field)
+{
+    dpi->name_field = static_cast<char *>(malloc(VEMTRA_NAME_FIELD_SIZE + 1));
+    memcpy(dpi->name_field, field, VEMTRA_NAME_FIELD_SIZE);
+    dpi->name_field[VEMTRA_NAME_FIELD_SIZE] = '\0';
+}
+
+void VEMTRA_Read_Dpi_Header(VEMTRA_INPUT_FILE *input_file)
+{
+    FILE *fp = input_file->fp;
+    const char *name = input_file->file_name;
+    DPI_FILE *dpi = input_file->dpi;
+
+    unsigned char first[4];
+    checked_fread(first, 1, sizeof first, fp, name);
+    checked_fseek(fp, -4, SEEK_CUR, name);
+
+    if (vemtra_Le_Value(first, 4) == VEMTRA_DPI_MAGIC_OLD) {
+        unsigned char header[VEMTRA_DPI_OLD_HEADER_SIZE];
+        checked_fread(header, 1, sizeof header, fp, name);
+        dpi->magic = VEMTRA_DPI_MAGIC_OLD;
+        dpi->runs = static_cast<uint32_t>(vemtra_Le_Value(header + 4, 4));
+        dpi->segment_count = static_cast<uint32_t>(vemtra_Le_Value(header + 8, 4));
+        dpi->reserved = static_cast<uint32_t>(vemtra_Le_Value(header + 12, 4));
+        vemtra_Keep_Name_Field(dpi, header + 16);
+        input_file->data_start = static_cast<uint64_t>(checked_ftell(fp, name));
+        input_file->is_new_form = 0;
+        input_file->success = 1;
+        return;
+    }
+
+    int64_t start = checked_ftell(fp, name);
+    unsigned char word[8];
+    vemtra_Read_Header_Bytes(input_file, word, 8);
+    if (vemtra_Le_Value(word, 8) != VEMTRA_DPI_MAGIC_NEW) {
+        VEMTRA_Tool_Warning(MSG_BAD_HEADER, name);
+        VEMTRA_Tool_Error(1, MSG_CANT_READ, name);
+    }
+    vemtra_Read_Header_Bytes(input_file, word, 8);
+    uint64_t header_length = vemtra_Le_Value(word, 8);
+    unsigned char words[HEADER_WORDS_BYTES];
+    vemtra_Read_Header_Bytes(input_file, words, sizeof words);
+    unsigned char field[VEMTRA_NAME_FIELD_SIZE];
+    vemtra_Read_Header_Bytes(input_file, field, sizeof field);
+
+    uint32_t header_version = static_cast<uint32_t>(vemtra_Le_Value(words, 4));
+    input_file->properties = 0;
+    if (header_version == VEMTRA_DPI_HEADER_PROPS) {
+        vemtra_Read_Header_Bytes(input_file, word, 8);
+        input_file->properties = vemtra_Le_Value(word, 8);
+        if (input_file->properties & 2) {
+            vemtra_Read_Header_Bytes(input_file, word, 8);
+            input_file->extra_word = vemtra_Le_Value(word, 8);
+        }
+        if (input_file->properties > 3)
+            VEMTRA_Tool_Warning(MSG_PROPERTIES, name, static_cast<unsigned long>(input_file->properties));
+    }
+
+    dpi->magic = VEMTRA_DPI_MAGIC_NEW;
+    dpi->runs = static_cast<uint32_t>(vemtra_Le_Value(words + 4, 4));
+    dpi->segment_count = static_cast<uint32_t>(vemtra_Le_Value(words + 8, 4));
+    dpi->reserved = static_cast<uint32_t>(vemtra_Le_Value(words + 12, 4));
+    dpi->has_flow_graph = static_cast<int32_t>(input_file->properties & 1);
+    vemtra_Keep_Name_Field(dpi, field);
+    input_file->data_start = static_cast<uint64_t>(start) + 16 + header_length;
+    input_file->is_new_form = 1;
+    input_file->success = 1;
+}
+
+/* ---- directory, first pass: where every segment and extension lies ---- */
+
+/* Records an extension block of a known kind in the entry. */
+static bool vemtra_Note_Extension(DPI_DIRECTORY_ENTRY *entry, uint64_t tag, uint64_t offset, uint64_t length)
+{
+    uint32_t length32 = static_cast<uint32_t>(length);
+    switch (tag) {
+    case VEMTRA_TAG_FLOW_GRAPH:
+        entry->flow_graph_offset = offset;
+        entry->flow_graph_length = length32;
+        return true;
+    case VEMTRA_TAG_SRC_ROOT:
+        entry->src_root_offset = offset;
+        entry->src_root_length = length32;
+        return true;
+    case VEMTRA_TAG_D1F0:
+        entry->ext_d1f0_offset = offset;
+        entry->ext_d1f0_length = length32;
+        return true;
+    case VEMTRA_TAG_DC6A:
+        entry->ext_dc6a_offset = offset;
+        entry->ext_dc6a_length = length32;
+        return true;
+    default:
+        return false;
+    }
+}
+
+/* Moves `length` bytes on from `offset`, or to the end when that lies beyond. */
+static void vemtra_Seek_Past(VEMTRA_DPI_STREAM *stream, uint64_t offset, uint64_t length)
+{
+    uint64_t size = static_cast<uint64_t>(vemtra_Dpi_Stream_Size(stream));
+    vemtra_Dpi_Stream_Seek(stream, (offset > size || length > size - offset) ? size : offset + length);
+}
+
+/* Walks the extension blocks behind a segment, up to the next segment tag
+ * (which is left unread) or the end of the file. Returns false for a block
+ * this reader cannot skip. */
+static bool vemtra_Walk_Extensions(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STREAM *stream,
+                                   DPI_DIRECTORY_ENTRY *entry)
+{
+    int64_t size = vemtra_Dpi_Stream_Size(stream);
+    while (vemtra_Dpi_Stream_Tell(stream) < size) {
+        uint64_t tag = vemtra_Dpi_Read_U64(stream);
+        if (tag == TAG_SEGMENT_XDPI) {
+            vemtra_Dpi_Stream_Seek(stream, static_cast<uint64_t>(vemtra_Dpi_Stream_Tell(stream)) - 8);
+            return true;
+        }
+        uint64_t length = vemtra_Dpi_Read_U64(stream);
+        uint64_t offset = static_cast<uint64_t>(vemtra_Dpi_Stream_Tell(stream));
+        if (!vemtra_Note_Extension(entry, tag, offset, length)) {
+            if ((tag & VEMTRA_TAG_EXTENSION_BITS) != VEMTRA_TAG_EXTENSION_BITS) {
+                VEMTRA_Tool_Warning(MSG_CANNOT_PROCESS, input_file->file_name);
+                return false;
+            }
+            VEMTRA_Tool_Warning(MSG_UNKNOWN_EXTENSION, static_cast<unsigned long>(tag));
+        }
+        vemtra_Seek_Past(stream, offset, length);
+    }
+    return true;
+}
+
+/* Finds every announced segment. Returns false after a warning. */
+static bool vemtra_Locate_Segments(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STREAM *stream,
+                                   std::vector<DPI_DIRECTORY_ENTRY> &entries)
+{
+    DPI_FILE *dpi = input_file->dpi;
+    int64_t size = vemtra_Dpi_Stream_Size(stream);
+    for (uint32_t read = 0; read < dpi->segment_count; read++) {
+        if (vemtra_Dpi_Stream_Tell(stream) >= size) {
+            VEMTRA_Tool_Warning(MSG_UNEXPECTED_END, input_file->file_name, static_cast<int>(dpi->segment_count),
+                                static_cast<int>(read));
+            return false;
+        }
+        DPI_DIRECTORY_ENTRY entry;
+        memset(&entry, 0, sizeof entry);
+        uint64_t offset = static_cast<uint64_t>(vemtra_Dpi_Stream_Tell(stream));
+        if (!input_file->is_new_form) {
+            uint32_t flags = vemtra_Dpi_Read_U32(stream);
+            uint32_t head = OLD_RECORD_MIN;
+            if (flags & VEMTRA_SEG_COUNTERS_64) {
+                vemtra_Dpi_Read_U32(stream);
+                head += 4;
+            }
+            uint32_t length = vemtra_Dpi_Read_U32(stream);
+            if (length < head) {
+                /* A record that does not reach past its own length word
+                 * leads nowhere. */
+                VEMTRA_Tool_Warning(MSG_CANNOT_PROCESS, input_file->file_name);
+                return false;
+            }
+            entry.segment_offset = offset;
+            entry.segment_length = length;
+            vemtra_Seek_Past(stream, offset, length);
+        } else {
+            uint64_t segment_magic = vemtra_Dpi_Read_U64(stream);
+            ASSERTX(segment_magic == TAG_SEGMENT_XDPI);
+            uint64_t length = vemtra_Dpi_Read_U64(stream);
+            entry.segment_offset = offset + 16;
+            entry.segment_length = static_cast<uint32_t>(length);
+            vemtra_Seek_Past(stream, entry.segment_offset, length);
+            if (vemtra_Dpi_Stream_Tell(stream) < size && !vemtra_Walk_Extensions(input_file, stream, &entry))
+                return false;
+        }
+        entries.push_back(entry);
+    }
+    return true;
+}
+
+/* ---- directory, second pass: names, keys, frequencies, addresses ---- */
+
+/* The directory's form of a file name: re-rooted by the segment's source
+ * root length, then mapped to its physical directory. A fresh allocation. */
+static char *vemtra_Entry_File_Name(VEMTRA_DPI_STREAM *stream, const DPI_DIRECTORY_ENTRY *entry, char *file_name)
+{
+    if (entry->src_root_offset != 0) {
+        DPI_S segment;
+        memset(&segment, 0, sizeof segment);
+        DPI_S *dpi = &segment;
+        dpi->file_name = file_name;
+        vemtra_Dpi_Stream_Seek(stream, entry->src_root_offset);
+        dpi->src_root = vemtra_Dpi_Read_U32(stream);
+        vemtra_Apply_Dpi_Src_Root(dpi);
+        file_name = dpi->file_name;
+    }
+    if (VEMTRA_expand_symbolic_links) {
+        char *mapped = vemtra_Copy_String(vemtra_Physical_File_Name(file_name));
+        free(file_name);
+        file_name = mapped;
+    }
+    return file_name;
+}
+
+static const char *vemtra_Basename(const char *name)
+{
+    if (name == nullptr)
+        VEMTRA_Tool_Error(1, "VEMTRA_Basename: null name");
+    const char *slash = strrchr(name, '/');
+    return slash != nullptr ? slash + 1 : name;
+}
+
+/* "<file>'<function>'": the directory's sort and lookup key. */
+char *vemtra_Lookup_Key(const char *file_name, const char *function_name)
+{
+    const char *file = file_name;
+    if (VEMTRA_ignore_src_dir_names)
+        file = vemtra_Simplify_Path(vemtra_Basename(file_name));
+    size_t file_length = strlen(file);
+    size_t function_length = strlen(function_name);
+    char *key = static_cast<char *>(malloc(file_length + function_length + 3));
+    memcpy(key, file, file_length);
+    key[file_length] = '\'';
+    memcpy(key + file_length + 1, function_name, function_length);
+    key[file_length + 1 + function_length] = '\'';
+    key[file_length + function_length + 2] = '\0';
+    return key;
+}
+
+static void vemtra_Fill_Entry(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STREAM *stream, DPI_DIRECTORY_ENTRY *entry)
+{
+    DPI_FILE *dpi_file = input_file->dpi;
+
+    /* 1. The layout, from the flags word's low half. */
+    vemtra_Dpi_Stream_Seek(stream, entry->segment_offset);
+    uint32_t flags = vemtra_Dpi_Read_U32(stream);
+    int wide = (flags & VEMTRA_SEG_COUNTERS_64) != 0;
+    VEMTRA_dpi_64bit_counters = wide;
+
+    /* 2. Only version 2 (32-bit) and version 3 (64-bit) records are known. */
+    if (VEMTRA_SEG_VERSION(flags) != (wide ? 3u : 2u))
+        VEMTRA_Tool_Error(1, MSG_INCOMPATIBLE, input_file->file_name);
+
+    vemtra_Dpi_Stream_Seek(stream, entry->segment_offset);
+    VEMTRA_RECORD_SUMMARY summary;
+    vemtra_Read_Dpi_Summary(&summary, stream, wide);
+
+    /* 3 to 5. Names, key, flags and frequency. */
+    entry->file_name = vemtra_Entry_File_Name(stream, entry, summary.file_name);
+    entry->function_name = summary.function_name;
+    entry->lookup_key = vemtra_Lookup_Key(entry->file_name, entry->function_name);
+    entry->flags = static_cast<uint32_t>(summary.word_c & 3);
+    entry->word_b = summary.word_b;
+    entry->frequency = static_cast<float>(summary.max_entry_count) / static_cast<float>(dpi_file->runs);
+    if (entry->frequency > dpi_file->max_frequency)
+        dpi_file->max_frequency = entry->frequency;
+
+    /* 6. The address tables. */
+    if (summary.function_address != 0)
+        vemtra_Add_Func_Address(summary.function_address, entry->function_name, entry->file_name, entry->word_b,
+                                entry->flags, entry->frequency);
+    if (summary.vtable_address != 0)
+        vemtra_Add_Vtbl_Address(summary.vtable_address, summary.vtable_name);
+    free(summary.vtable_name);
+}
+
+static bool vemtra_Key_Less(const DPI_DIRECTORY_ENTRY &a, const DPI_DIRECTORY_ENTRY &b)
+{
+    return strcmp(a.lookup_key, b.lookup_key) < 0;
+}
+
+int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
+{
+    ASSERTX(input_file->type == FILE_TYPE_DPI);
+    DPI_FILE *dpi_file = input_file->dpi;
+
+    /* 1 and 2. The file's size, then the start of the segment data. */
+    VEMTRA_DPI_STREAM *stream = vemtra_Dpi_Stream_Create(input_file->fp, input_file->file_name);
+    dpi_file->stream = stream;
+    vemtra_Dpi_Stream_Seek(stream, input_file->data_start);
+
+    /* 3. Fresh address tables. */
+    vemtra_Address_Tables_Create();
+
+    /* 4. Where each segment lies. Every record takes at least 8 bytes, so
+     * the file's size bounds what is reserved for an announced count. */
+    std::vector<DPI_DIRECTORY_ENTRY> entries;
+    uint64_t room = static_cast<uint64_t>(vemtra_Dpi_Stream_Size(stream)) / OLD_RECORD_MIN + 1;
+    entries.reserve(std::min<uint64_t>(dpi_file->segment_count, room));
+    if (!vemtra_Locate_Segments(input_file, stream, entries))
+        return 0;
+
+    /* 5. What each segment holds. */
+    for (DPI_DIRECTORY_ENTRY &entry : entries)
+        vemtra_Fill_Entry(input_file, stream, &entry);
+
+    /* 6. Sorted by key; equal keys keep their file order. */
+    std::stable_sort(entries.begin(), entries.end(), vemtra_Key_Less);
+    dpi_file->directory =
+        static_cast<DPI_DIRECTORY_ENTRY *>(malloc((entries.empty() ? 1 : entries.size()) * sizeof(DPI_DIRECTORY_ENTRY)));
+    if (!entries.empty())
+        memcpy(dpi_file->directory, entries.data(), entries.size() * sizeof(DPI_DIRECTORY_ENTRY));
+
+    /* 7. One warning per group of equal keys; the entries all stay. */
+    for (size_t i = 1; i < entries.size(); i++) {
+        if (strcmp(entries[i].lookup_key, entries[i - 1].lookup_key) == 0 &&
+            (i == 1 || strcmp(entries[i - 1].lookup_key, entries[i - 2].lookup_key) != 0))
+            VEMTRA_Tool_Warning(MSG_MULTIPLE, input_file->file_name, entries[i].lookup_key);
+    }
+
+    /* 8. Ready for the pair walk and on-demand fetches. */
+    dpi_file->cursor = 0;
+    return 1;
+}
+
+/* ---- open, walk, close ---- */
+
+static void vemtra_Free_Directory(DPI_FILE *dpi_file, uint32_t count)
+{
+    if (dpi_file->directory == nullptr)
+        return;
+    for (uint32_t i = 0; i < count; i++) {
+        free(dpi_file->directory[i].file_name);
+        free(dpi_file->directory[i].function_name);
+        free(dpi_file->directory[i].lookup_key);
+    }
+    free(dpi_file->directory);
+    dpi_file->directory = nullptr;
+}
+
+DPI_FILE *VEMTRA_Open_Dpi_File(const char *file_name)
+{
+    /* 1. The descriptor. */
+    VEMTRA_INPUT_FILE input;
+    memset(&input, 0, sizeof input);
+    VEMTRA_INPUT_FILE *input_file = &input;
+    input_file->file_name = vemtra_Copy_String(file_name);
+    input_file->weight = 1.0;
+    input_file->type = FILE_TYPE_DPI;
+
+    /* 2. The file, under a shared lock. */
+    input_file->fp = checked_fopen(file_name, "rb");
+    if (input_file->fp == nullptr) {
+        free(input_file->file_name);
+        return nullptr;
+    }
+    DPI_FILE *dpi_file = static_cast<DPI_FILE *>(calloc(1, sizeof(DPI_FILE)));
+    dpi_file->fp = input_file->fp;
+    input_file->dpi = dpi_file;
+
+    /* 3 to 5. The header, into the record. */
+    VEMTRA_Read_Dpi_Header(input_file);
+
+    /* 6. The directory. */
+    if (!VEMTRA_Read_Dpi_Segment_List(input_file)) {
+        vemtra_Address_Tables_Release();
+        vemtra_Dpi_Stream_Free(dpi_file->stream);
+        checked_fclose(dpi_file->fp);
+        free(dpi_file->name_field);
+        free(dpi_file);
+        free(input_file->file_name);
+        return nullptr;
+    }
+    free(input_file->file_name);
+    return dpi_file;
+}
+
+/* The pair under the cursor, or two nulls past the end. */
+static void vemtra_Current_Pair(DPI_FILE *dpi_file, char **file_name, char **function_name)
+{
+    if (dpi_file->cursor >= dpi_file->segment_count) {
+        *file_name = nullptr;
+        *function_name = nullptr;
+        return;
+    }
+    *file_name = dpi_file->directory[dpi_file->cursor].file_name;
+    *function_name = dpi_file->directory[dpi_file->cursor].function_name;
+}
+
+void VEMTRA_Get_First_File_Function_Pair(DPI_FILE *dpi_file, char **file_name, char **function_name)
+{
+    dpi_file->cursor = 0;
+    vemtra_Current_Pair(dpi_file, file_name, function_name);
+}
+
+void VEMTRA_Get_Next_File_Function_Pair(DPI_FILE *dpi_file, char **file_name, char **function_name)
+{
+    if (dpi_file->cursor < dpi_file->segment_count)
+        dpi_file->cursor++;
+    vemtra_Current_Pair(dpi_file, file_name, function_name);
+}
+
+void VEMTRA_Close_Dpi_File(DPI_FILE *dpi_file)
+{
+    vemtra_Address_Tables_Release();
+    vemtra_Dpi_Stream_Free(dpi_file->stream);
+    checked_fclose(dpi_file->fp);
+    vemtra_Free_Directory(dpi_file, dpi_file->segment_count);
+    free(dpi_file->name_field);
+    free(dpi_file);
+}

@@ -1,0 +1,68 @@
+/* dpi_segment.cpp -- fetching one function's segment by file and function
+ * name, and releasing it. */
+#include "shared/vemtra/client/dpi_segment.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "shared/vemtra/client/dpi_file.h"
+#include "shared/vemtra/client/dpi_record.h"
+#include "shared/vemtra/client/dpi_stream.h"
+#include "shared/vemtra/client/src_root.h"
+
+/* The directory entry whose key equals `key`, or null. */
+static const DPI_DIRECTORY_ENTRY *vemtra_Find_Entry(const DPI_FILE *dpi_file, const char *key)
+{
+    uint32_t low = 0, high = dpi_file->segment_count;
+    while (low < high) {
+        uint32_t middle = low + (high - low) / 2;
+        int order = strcmp(dpi_file->directory[middle].lookup_key, key);
+        if (order == 0)
+            return &dpi_file->directory[middle];
+        if (order < 0)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return nullptr;
+}
+
+DPI_SEGMENT *VEMTRA_Get_Segment(DPI_FILE *dpi_file, const char *dpi_file_name, const char *file_name,
+                                const char *function_name)
+{
+    /* 1 and 2. The key, formed from the name as the directory formed it. */
+    char *key;
+    if (VEMTRA_expand_symbolic_links) {
+        key = vemtra_Lookup_Key(vemtra_Physical_File_Name(file_name), function_name);
+    } else {
+        key = vemtra_Lookup_Key(file_name, function_name);
+    }
+
+    /* 3 and 4. The entry. */
+    const DPI_DIRECTORY_ENTRY *entry = vemtra_Find_Entry(dpi_file, key);
+    free(key);
+    if (entry == nullptr)
+        return nullptr;
+
+    /* 5. The decoded record, in the layout the open settled on. */
+    DPI_SEGMENT *handle = static_cast<DPI_SEGMENT *>(malloc(sizeof(DPI_SEGMENT)));
+    handle->runs = dpi_file->runs;
+    handle->segment = static_cast<DPI_S *>(calloc(1, sizeof(DPI_S)));
+    vemtra_Dpi_Stream_Set_Name(dpi_file->stream, dpi_file_name);
+    vemtra_Dpi_Stream_Seek(dpi_file->stream, entry->segment_offset);
+    int wide = VEMTRA_dpi_64bit_counters;
+    vemtra_Read_Dpi_Segment(handle->segment, dpi_file->stream, wide, wide ? entry->src_root_offset : 0,
+                            dpi_file_name);
+    return handle;
+}
+
+void VEMTRA_Free_Segment(DPI_SEGMENT *handle)
+{
+    if (handle == nullptr)
+        return;
+    if (handle->segment != nullptr) {
+        vemtra_Release_Dpi_S(handle->segment);
+        free(handle->segment);
+    }
+    free(handle);
+}

@@ -1,0 +1,62 @@
+/* dpi_stream.h -- positioned, cached reads of an open dynamic profile.
+ *
+ * Segments are read in file order while the directory is built and on
+ * demand afterwards, and every record refers to names elsewhere in the file.
+ * This reader keeps a few aligned pages of the file in memory so that such
+ * jumps cost no system call, and decodes little-endian values byte by byte.
+ * All file access goes through the checked wrappers: a read that the file
+ * cannot satisfy ends the run with the checked-read message, exactly as a
+ * short read would.
+ */
+#ifndef VEMTRA_CLIENT_DPI_STREAM_H
+#define VEMTRA_CLIENT_DPI_STREAM_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+typedef struct VEMTRA_DPI_STREAM VEMTRA_DPI_STREAM;
+
+/* Wraps the open stream `fp` (which stays owned by the caller). Learns the
+ * file's size with a checked seek to its end. `file_name` is used in the
+ * checked-I/O messages and may be null. */
+VEMTRA_DPI_STREAM *vemtra_Dpi_Stream_Create(FILE *fp, const char *file_name);
+
+/* Releases the pages and the record; does not close the file. */
+void vemtra_Dpi_Stream_Free(VEMTRA_DPI_STREAM *stream);
+
+/* The name used in the messages of the following reads (may be null). */
+void vemtra_Dpi_Stream_Set_Name(VEMTRA_DPI_STREAM *stream, const char *file_name);
+
+int64_t vemtra_Dpi_Stream_Size(const VEMTRA_DPI_STREAM *stream);
+int64_t vemtra_Dpi_Stream_Tell(const VEMTRA_DPI_STREAM *stream);
+
+/* Moves to an absolute offset; a position past the end is allowed (the next
+ * read then fails). An offset that is no valid file position ends the run
+ * with the checked-seek message. */
+void vemtra_Dpi_Stream_Seek(VEMTRA_DPI_STREAM *stream, uint64_t offset);
+
+/* Reads `count` bytes at the position and advances, or ends the run. */
+void vemtra_Dpi_Stream_Read(VEMTRA_DPI_STREAM *stream, void *buffer, size_t count);
+
+/* Ends the run with the checked-read message unless `count` bytes remain
+ * from the position; lets a reader test an announced array size before it
+ * allocates for it. */
+void vemtra_Dpi_Stream_Need(VEMTRA_DPI_STREAM *stream, uint64_t count);
+
+/* Skips `count` bytes that must be present (else ends the run). */
+void vemtra_Dpi_Stream_Skip(VEMTRA_DPI_STREAM *stream, uint64_t count);
+
+/* Little-endian unsigned values of 4 and 8 bytes. */
+uint32_t vemtra_Dpi_Read_U32(VEMTRA_DPI_STREAM *stream);
+uint64_t vemtra_Dpi_Read_U64(VEMTRA_DPI_STREAM *stream);
+
+/* The NUL-terminated string at absolute `offset`, up to its NUL or the end
+ * of the file, as a fresh allocation; an offset at or past the end gives an
+ * empty string. The stream position is not changed. */
+char *VEMTRA_Read_String(VEMTRA_DPI_STREAM *stream, uint64_t offset);
+
+/* Decodes a little-endian value of `width` bytes from memory. */
+uint64_t vemtra_Le_Value(const unsigned char *bytes, int width);
+
+#endif

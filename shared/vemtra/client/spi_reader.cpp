@@ -1,0 +1,233 @@
+/* spi_reader.cpp -- the fixed part ("header") of one static-profile line.
+ *
+ * A line is V3/V4 (five length fields, optional base directories), V1/V2
+ * (three size fields) or unversioned (no V token). Every string field is one
+ * white-space-free token with its spaces masked as '|'. The reader keeps
+ * seven buffers for the whole process and only ever grows them.
+ */
+#include "shared/vemtra/client/spi_reader.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+#include <sys/stat.h>
+
+#include "shared/vemtra/client/src_root.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
+
+static const int32_t SPI_INITIAL_BUFFER = 4096;
+static const int32_t SPI_BUFFER_SLACK = 32;
+
+/* A reader-owned text buffer and its capacity in bytes. */
+struct spi_buffer {
+    char *text;
+    int32_t capacity;
+};
+
+static spi_buffer bn_buff;               /* file base directory */
+static spi_buffer fn_buff;               /* file name */
+static spi_buffer bm_buff;               /* module base directory */
+static spi_buffer mn_buff;               /* module name */
+static spi_buffer rn_buff;               /* routine name */
+static spi_buffer full_path_name_buff;   /* resolved source path */
+static spi_buffer full_path_module_buff; /* resolved module path */
+
+static void vemtra_Spi_Buffer_Create(spi_buffer *buffer, int32_t capacity)
+{
+    free(buffer->text);
+    buffer->text = static_cast<char *>(malloc(static_cast<size_t>(capacity)));
+    buffer->text[0] = '\0';
+    buffer->capacity = capacity;
+}
+
+/* Bytes between the stream position and the end of its file, or -1 when
+ * the stream is not a regular file. */
+static int64_t vemtra_Spi_Bytes_Left(FILE *stream)
+{
+    struct stat info;
+    if (fstat(fileno(stream), &info) != 0 || !S_ISREG(info.st_mode))
+        return -1;
+    int64_t position = ftello(stream);
+    if (position < 0 || position > info.st_size)
+        return 0;
+    return info.st_size - position;
+}
+
+/* Makes room for a token of `needed` bytes (terminator included). A token
+ * can never be longer than what is left of the file, so an announced size
+ * beyond that grows the buffer only as far as the file allows. */
+static void vemtra_Spi_Buffer_Reserve(spi_buffer *buffer, int64_t needed, FILE *stream)
+{
+    if (needed <= buffer->capacity)
+        return;
+    int64_t left = vemtra_Spi_Bytes_Left(stream);
+    if (left >= 0 && needed > left + 1)
+        needed = left + 1;
+    if (needed <= buffer->capacity || needed > INT32_MAX - SPI_BUFFER_SLACK)
+        return;
+    vemtra_Spi_Buffer_Create(buffer, static_cast<int32_t>(needed) + SPI_BUFFER_SLACK);
+}
+
+/* Reads one white-space-delimited token into `buffer`, never more than it
+ * holds. Returns 1, or 0 when there is no token or it does not fit. */
+static int vemtra_Spi_Read_Token(FILE *stream, spi_buffer *buffer)
+{
+    char format[32];
+    snprintf(format, sizeof format, " %%%ds", buffer->capacity - 1);
+    if (fscanf(stream, format, buffer->text) != 1)
+        return 0;
+    if (static_cast<int32_t>(strlen(buffer->text)) == buffer->capacity - 1) {
+        int next = getc(stream);
+        if (next != EOF)
+            ungetc(next, stream);
+        if (next != EOF && !isspace(next))
+            return 0;
+    }
+    return 1;
+}
+
+/* Reads line, block count, (excluded count,) and linkage. Returns the number
+ * of fields read before the first mismatch. */
+static int vemtra_Spi_Read_Tail(FILE *stream, SPI_LINE_HEADER_S *record, int with_excluded)
+{
+    int read = 0;
+    unsigned line;
+    int count;
+    if (fscanf(stream, " %u", &line) != 1)
+        return read;
+    record->line = line;
+    read++;
+    if (fscanf(stream, " %d", &count) != 1)
+        return read;
+    record->block_count = count;
+    read++;
+    if (with_excluded) {
+        if (fscanf(stream, " %d", &count) != 1)
+            return read;
+        record->excluded_block_count = count;
+        read++;
+    }
+    char linkage;
+    if (fscanf(stream, " %c", &linkage) != 1)
+        return read;
+    record->linkage = linkage;
+    return read + 1;
+}
+
+/* Joins `base` and `name` into `out`: the source root and the name when
+ * re-rooting, else the base directory, a '/' when neither side has one, and
+ * the name. */
+static void vemtra_Spi_Resolve(spi_buffer *out, const char *base, const char *name, int reroot)
+{
+    const char *prefix = reroot ? VEMTRA_src_root_dir : base;
+    size_t prefix_len = strlen(prefix);
+    size_t name_len = strlen(name);
+    size_t needed = prefix_len + name_len + 2;
+    if (needed > static_cast<size_t>(out->capacity))
+        vemtra_Spi_Buffer_Create(out, static_cast<int32_t>(needed) + SPI_BUFFER_SLACK);
+    memcpy(out->text, prefix, prefix_len);
+    size_t at = prefix_len;
+    if (!reroot && prefix_len > 0 && prefix[prefix_len - 1] != '/' && name[0] != '/')
+        out->text[at++] = '/';
+    memcpy(out->text + at, name, name_len + 1);
+}
+
+static void vemtra_Spi_Unmask(char *text)
+{
+    for (; *text != '\0'; text++)
+        if (*text == '|')
+            *text = ' ';
+}
+
+int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name, SPI_LINE_HEADER_S *record,
+                                uint32_t use_src_root)
+{
+    /* 1. Where the line starts, to come back for an unversioned line. */
+    int64_t start = checked_ftell(stream, spi_file_name);
+
+    /* 2. The version mark and the length fields. */
+    int version = 0;
+    int has_number = fscanf(stream, "V%d", &version) == 1;
+    int32_t bn_len = 0, fn_len = 0, bm_len = 0, mn_len = 0, rn_len = 0;
+    int form; /* 3: V3/V4; 2: V2; 1: V1 and unversioned */
+    if (has_number && (version == 3 || version == 4)) {
+        if (fscanf(stream, " %d %d %d %d %d", &bn_len, &fn_len, &bm_len, &mn_len, &rn_len) != 5)
+            return 0;
+        form = 3;
+    } else if (has_number && (version == 1 || version == 2)) {
+        if (fscanf(stream, " %d %d %d", &fn_len, &mn_len, &rn_len) != 3)
+            return 0;
+        form = version;
+    } else {
+        fn_len = mn_len = rn_len = SPI_INITIAL_BUFFER;
+        checked_fseek(stream, start, SEEK_SET, spi_file_name);
+        form = 1;
+    }
+    record->version = has_number ? version : 1;
+
+    /* 3. The buffers, created on the first call. */
+    if (bn_buff.text == nullptr) {
+        spi_buffer *all[] = {&bn_buff, &fn_buff, &bm_buff, &mn_buff, &rn_buff, &full_path_name_buff,
+                             &full_path_module_buff};
+        for (spi_buffer *buffer : all)
+            vemtra_Spi_Buffer_Create(buffer, SPI_INITIAL_BUFFER);
+    }
+
+    /* 4. Grow a buffer that cannot hold its announced field. The two base
+     * directory lengths leave out the terminator; the other three count it. */
+    vemtra_Spi_Buffer_Reserve(&bn_buff, int64_t(bn_len) + 1, stream);
+    vemtra_Spi_Buffer_Reserve(&fn_buff, fn_len, stream);
+    vemtra_Spi_Buffer_Reserve(&bm_buff, int64_t(bm_len) + 1, stream);
+    vemtra_Spi_Buffer_Reserve(&mn_buff, mn_len, stream);
+    vemtra_Spi_Buffer_Reserve(&rn_buff, rn_len, stream);
+
+    record->excluded_block_count = 0;
+    bn_buff.text[0] = '\0';
+    bm_buff.text[0] = '\0';
+    record->file_base_dir = bn_buff.text;
+    record->file_name = fn_buff.text;
+    record->module_base_dir = bm_buff.text;
+    record->module_name = mn_buff.text;
+    record->routine_name = rn_buff.text;
+
+    if (form != 3) {
+        /* 5. Version 1 and 2 and unversioned lines: no base directories. */
+        if (!vemtra_Spi_Read_Token(stream, &fn_buff) || !vemtra_Spi_Read_Token(stream, &mn_buff) ||
+            !vemtra_Spi_Read_Token(stream, &rn_buff))
+            return 0;
+        int wanted = form == 2 ? 4 : 3;
+        if (vemtra_Spi_Read_Tail(stream, record, form == 2) != wanted)
+            return 0;
+        record->full_path_name = fn_buff.text;
+        record->full_path_module = mn_buff.text;
+        vemtra_Spi_Unmask(fn_buff.text);
+        vemtra_Spi_Unmask(mn_buff.text);
+        return 1;
+    }
+
+    /* 6. Version 3 and 4 lines. */
+    if (bn_len != 0 && !vemtra_Spi_Read_Token(stream, &bn_buff))
+        return 0;
+    if (!vemtra_Spi_Read_Token(stream, &fn_buff))
+        return 0;
+    if (bm_len != 0 && !vemtra_Spi_Read_Token(stream, &bm_buff))
+        return 0;
+    if (!vemtra_Spi_Read_Token(stream, &mn_buff) || !vemtra_Spi_Read_Token(stream, &rn_buff))
+        return 0;
+    if (vemtra_Spi_Read_Tail(stream, record, 1) != 4)
+        return 0;
+
+    /* 7 and 8. The resolved paths; each re-roots on its own base directory. */
+    int root_in_force = use_src_root != 0 && VEMTRA_src_root_dir_len > 0;
+    vemtra_Spi_Resolve(&full_path_name_buff, bn_buff.text, fn_buff.text, root_in_force && bn_buff.text[0] != '\0');
+    vemtra_Spi_Resolve(&full_path_module_buff, bm_buff.text, mn_buff.text,
+                       root_in_force && bm_buff.text[0] != '\0');
+    record->full_path_name = full_path_name_buff.text;
+    record->full_path_module = full_path_module_buff.text;
+
+    /* 9. Spaces come back everywhere but in the routine name. */
+    spi_buffer *masked[] = {&bn_buff, &fn_buff, &bm_buff, &mn_buff, &full_path_name_buff, &full_path_module_buff};
+    for (spi_buffer *buffer : masked)
+        vemtra_Spi_Unmask(buffer->text);
+    return 1;
+}

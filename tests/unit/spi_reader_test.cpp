@@ -1,0 +1,172 @@
+// The static profile reader: every line form, path resolution with and
+// without re-rooting, unmasking, buffer growth and rejected lines.
+#include <cstdio>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "shared/vemtra/client/spi_reader.h"
+#include "shared/vemtra/client/src_root.h"
+#include "tests/support/profile_writer.h"
+
+using namespace testsupport;
+
+namespace {
+
+// Reads headers from `text`; each header's fields are joined into one
+// string, or "FAIL" for a result of 0.
+struct SpiReading {
+    std::vector<std::string> headers;
+    std::vector<SPI_LINE_HEADER_S> records;
+};
+
+std::string Describe(const SPI_LINE_HEADER_S &r)
+{
+    return std::to_string(r.version) + " [" + r.file_base_dir + "][" + r.file_name + "][" + r.full_path_name +
+           "][" + r.module_base_dir + "][" + r.module_name + "][" + r.full_path_module + "][" + r.routine_name +
+           "] " + std::to_string(r.line) + " " + std::to_string(r.block_count) + " " +
+           std::to_string(r.excluded_block_count) + " " + r.linkage;
+}
+
+// Reads one header from `text` and returns its description and what follows
+// it on the stream.
+std::pair<std::string, std::string> ReadOne(const std::string &text, uint32_t use_src_root = 1)
+{
+    FILE *stream = tmpfile();
+    fwrite(text.data(), 1, text.size(), stream);
+    rewind(stream);
+    SPI_LINE_HEADER_S record;
+    int ok = VEMTRA_SPI_Read_Line_Header(stream, "t.spi", &record, use_src_root);
+    std::string described = ok ? Describe(record) : "FAIL";
+    std::string rest;
+    for (int c; (c = getc(stream)) != EOF;)
+        rest.push_back(static_cast<char>(c));
+    fclose(stream);
+    return {described, rest};
+}
+
+class SpiReader : public testing::Test {
+protected:
+    void SetUp() override { VEMTRA_Src_Root_Dir_Set(nullptr, 0); }
+    void TearDown() override { VEMTRA_Src_Root_Dir_Set(nullptr, 0); }
+};
+
+}  // namespace
+
+TEST_F(SpiReader, Version3WithoutAndWithBaseDirectories)
+{
+    auto plain = ReadOne("V3 0 6 0 6 5 a.cpp a.o main 12 7 2 E 0 1 foo(E)\nnext\n");
+    EXPECT_EQ(plain.first, "3 [][a.cpp][a.cpp][][a.o][a.o][main] 12 7 2 E");
+    EXPECT_EQ(plain.second, " 0 1 foo(E)\nnext\n");  // stops right after the linkage
+
+    std::string line = "V3 4 6 4 6 5 /src a.cpp /obj a.o main 12 7 2 E\n";
+    EXPECT_EQ(ReadOne(line, 0).first, "3 [/src][a.cpp][/src/a.cpp][/obj][a.o][/obj/a.o][main] 12 7 2 E");
+    VEMTRA_Src_Root_Dir_Set("/home/x", 0);
+    EXPECT_EQ(ReadOne(line, 1).first, "3 [/src][a.cpp][/home/x/a.cpp][/obj][a.o][/home/x/a.o][main] 12 7 2 E");
+    EXPECT_EQ(ReadOne(line, 0).first, "3 [/src][a.cpp][/src/a.cpp][/obj][a.o][/obj/a.o][main] 12 7 2 E");
+    // Each path re-roots on its own base directory; an absolute name is
+    // still appended to the root.
+    EXPECT_EQ(ReadOne("V4 4 8 0 6 5 /src /abs.cpp a.o main 1 1 0 S\n").first,
+              "4 [/src][/abs.cpp][/home/x//abs.cpp][][a.o][a.o][main] 1 1 0 S");
+}
+
+TEST_F(SpiReader, SlashIsAddedOnlyWhenNeitherSideHasOne)
+{
+    EXPECT_EQ(ReadOne("V3 5 6 0 4 2 /src/ a.cpp a.o f 1 1 0 E\n").first,
+              "3 [/src/][a.cpp][/src/a.cpp][][a.o][a.o][f] 1 1 0 E");
+    EXPECT_EQ(ReadOne("V3 4 7 0 4 2 /src /a.cpp a.o f 1 1 0 E\n").first,
+              "3 [/src][/a.cpp][/src/a.cpp][][a.o][a.o][f] 1 1 0 E");
+}
+
+TEST_F(SpiReader, MaskedSpacesComeBackExceptInTheRoutineName)
+{
+    SpiLineSpec s;
+    s.file_base_dir = "/my src";
+    s.file_name = "my file.c";
+    s.module_name = "my file.o";
+    s.routine_name = "a|b";
+    EXPECT_EQ(ReadOne(SpiLine(s), 0).first,
+              "3 [/my src][my file.c][/my src/my file.c][][my file.o][my file.o][a|b] 1 0 0 E");
+}
+
+TEST_F(SpiReader, OlderAndUnversionedForms)
+{
+    EXPECT_EQ(ReadOne("V1 6 4 5 a.cpp a.o main 12 7 E\n").first, "1 [][a.cpp][a.cpp][][a.o][a.o][main] 12 7 0 E");
+    EXPECT_EQ(ReadOne("V2 6 4 5 my|a.cpp a.o main 12 7 3 S\n").first,
+              "2 [][my a.cpp][my a.cpp][][a.o][a.o][main] 12 7 3 S");
+    EXPECT_EQ(ReadOne("a.cpp a.o main 12 7 E\n").first, "1 [][a.cpp][a.cpp][][a.o][a.o][main] 12 7 0 E");
+    // "V" with another number is an unversioned line whose file name is
+    // the V token; the number read is kept.
+    EXPECT_EQ(ReadOne("V7 a.o main 12 7 E\n").first, "7 [][V7][V7][][a.o][a.o][main] 12 7 0 E");
+}
+
+TEST_F(SpiReader, LinesThatDoNotMatchTheirForm)
+{
+    EXPECT_EQ(ReadOne("V3 0 6 0 6\n").first, "FAIL");                    // four lengths
+    EXPECT_EQ(ReadOne("V2 6 4\n").first, "FAIL");                        // two sizes
+    EXPECT_EQ(ReadOne("V3 0 6 0 6 5 a.cpp a.o main 12 7").first, "FAIL"); // truncated last line
+    EXPECT_EQ(ReadOne("V2 6 4 5 a.cpp a.o main 12 7 E\n").first, "FAIL"); // V2 without excluded count: 'E' is no number
+    EXPECT_EQ(ReadOne("a.cpp a.o main x 7 E\n").first, "FAIL");
+    EXPECT_EQ(ReadOne("").first, "FAIL");
+}
+
+TEST_F(SpiReader, LongTokensGrowBuffersWhenAnnouncedAndAreRejectedOtherwise)
+{
+    std::string long_name(5000, 'n');
+    SpiLineSpec s;
+    s.file_name = long_name + ".c";
+    s.module_name = "m.o";
+    s.routine_name = "f";
+    auto grown = ReadOne(SpiLine(s));
+    EXPECT_EQ(grown.first, "3 [][" + s.file_name + "][" + s.file_name + "][][m.o][m.o][f] 1 0 0 E");
+
+    // The same token announced as short cannot overrun its buffer.
+    std::string lying = "V3 0 6 0 4 2 " + std::string(9000, 'x') + " m.o f 1 0 0 E\n";
+    EXPECT_TRUE(ReadOne(lying).first == "FAIL");
+    // (Buffers only grow, so the token is longer than any earlier test's.)
+    std::string unversioned = std::string(20000, 'y') + " m.o f 1 0 E\n";
+    EXPECT_TRUE(ReadOne(unversioned).first == "FAIL");
+    // Exactly the capacity less the terminator still fits.
+    std::string fits = std::string(4095, 'z') + " m.o f 1 0 E\n";
+    EXPECT_NE(ReadOne(fits).first, "FAIL");
+
+    // An announced length far beyond the file grows nothing absurd.
+    EXPECT_EQ(ReadOne("V3 0 2000000000 0 4 2 a.c m.o f 1 0 0 E\n").first,
+              "3 [][a.c][a.c][][m.o][m.o][f] 1 0 0 E");
+}
+
+TEST_F(SpiReader, ReadsBackAWrittenProject)
+{
+    Project p;
+    p.Add("/s/a.c", "main", 3).Blocks({{1, 3, 1}, {0, 4, 1}});
+    FunctionSpec &g = p.Add("/s/b.c", "_Z1gv", 9, 'S');
+    g.spi_base_dir = "/build";
+    g.spi_file = "b.c";
+    g.excluded_block_count = 1;
+    g.block_count = 5;
+    g.calls = {{0, 1, "main(E)"}, {1, 2, "(indirect)"}};
+    for (SpiForm form : {SpiForm::V3, SpiForm::V4, SpiForm::V2}) {
+        p.spi_form = form;
+        std::string text = SpiText(p);
+        FILE *stream = tmpfile();
+        fwrite(text.data(), 1, text.size(), stream);
+        rewind(stream);
+        SPI_LINE_HEADER_S r;
+        ASSERT_EQ(VEMTRA_SPI_Read_Line_Header(stream, nullptr, &r, 1), 1);
+        EXPECT_STREQ(r.full_path_name, "/s/a.c");
+        EXPECT_STREQ(r.module_name, "/s/a.c.o");
+        EXPECT_EQ(r.block_count, 2);
+        EXPECT_EQ(fgetc(stream), '\n');
+        ASSERT_EQ(VEMTRA_SPI_Read_Line_Header(stream, nullptr, &r, 1), 1);
+        EXPECT_STREQ(r.routine_name, "_Z1gv");
+        EXPECT_STREQ(r.full_path_name, form == SpiForm::V2 ? "b.c" : "/build/b.c");
+        EXPECT_EQ(r.line, 9u);
+        EXPECT_EQ(r.block_count, 5);
+        EXPECT_EQ(r.excluded_block_count, 1);
+        EXPECT_EQ(r.linkage, 'S');
+        char rest[64];
+        ASSERT_NE(fgets(rest, sizeof rest, stream), nullptr);
+        EXPECT_STREQ(rest, " 0 1 main(E) 1 2 (indirect)\n");
+        fclose(stream);
+    }
+}
