@@ -1,10 +1,81 @@
 /* run.cpp -- the run driver. The steps of a run join here, in their fixed
- * order, as the stages that perform them exist. */
+ * order, each a small function of its own or a call into the file of its
+ * concern. */
 #include "driver/run.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+#include <unistd.h>
+
+#include "driver/banner.h"
+#include "driver/console.h"
+#include "driver/options.h"
+#include "driver/settings.h"
+#include "driver/usage.h"
+#include "shared/vemtra/client/src_root.h"
+
+/* Step 1: the command line. A bad one shows the banner and the usage text
+ * and ends the run. */
+static void parseCommandLine(int argc, char **argv)
+{
+    if (bParseCommandLine(argc, argv))
+        return;
+    BANNER_Print(nullptr, BANNER_KIND_DEFAULT, stderr);
+    fputs("\n", stderr);
+    fflush(stderr);
+    printUsage(stdout, argc > 0 && argv[0] != nullptr ? argv[0] : "vemcov");
+    tvx_Exit(1);
+}
+
+/* Step 2: the source root, from -srcroot, else the environment, else the
+ * current directory. */
+static void setSourceRoot()
+{
+    char *env_root = VEMTRA_Get_Src_Root_Env();
+    if (g_lpszSrcRoot != nullptr) {
+        VEMTRA_Src_Root_Dir_Set(g_lpszSrcRoot, VEMTRA_expand_symbolic_links);
+    } else if (env_root != nullptr) {
+        VEMTRA_Src_Root_Dir_Set(env_root, VEMTRA_expand_symbolic_links);
+    } else {
+        char cwd[VEMTRA_PATH_MAX];
+        VEMTRA_Src_Root_Dir_Set(getcwd(cwd, sizeof cwd), VEMTRA_expand_symbolic_links);
+    }
+    free(env_root);
+}
+
+/* Step 18, the settings' part: the heap strings of the option parser. */
+static void freeSettingStrings()
+{
+    free(g_lpszOutFileExt);
+    g_lpszOutFileExt = nullptr;
+    free(g_lpszDPIFileName);
+    g_lpszDPIFileName = nullptr;
+    free(g_lpszRefDPIFileName);
+    g_lpszRefDPIFileName = nullptr;
+    free(g_lpszProjName);
+    g_lpszProjName = nullptr;
+    free(g_lpszMailAddr);
+    g_lpszMailAddr = nullptr;
+    free(g_lpszMailName);
+    g_lpszMailName = nullptr;
+}
+
+/* Step 19: the progress line ends with the run whenever the meter is on. */
+static void endProgressLine()
+{
+    if (bProgressMeter)
+        fputs("\n", stdout);
+}
 
 int vemcov_Run(int argc, char **argv)
 {
-    (void)argc;
-    (void)argv;
+    std::set_new_handler(vemcov_Out_Of_Memory);
+
+    parseCommandLine(argc, argv);
+    setSourceRoot();
+
+    freeSettingStrings();
+    endProgressLine();
     return 0;
 }

@@ -1,0 +1,25 @@
+#!/bin/sh
+# Installs what building and testing vemcov needs on a fresh Debian machine.
+# One package name per word below; append yours. Only what is missing is
+# installed.
+set -eu
+
+PACKAGES="g++ cmake ninja-build libgtest-dev"
+
+missing=""
+for package in $PACKAGES; do
+    if ! dpkg -s "$package" >/dev/null 2>&1; then
+        missing="$missing $package"
+    fi
+done
+
+if [ -n "$missing" ]; then
+    echo "installing:$missing"
+    SUDO=""
+    if [ "$(id -u)" != 0 ]; then
+        SUDO=sudo
+    fi
+    $SUDO apt-get update
+    # shellcheck disable=SC2086
+    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y --no-install-recommends $missing
+fi
