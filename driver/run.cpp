@@ -61,13 +61,6 @@ static void freeSettingStrings()
     g_lpszMailName = nullptr;
 }
 
-/* Step 19: the progress line ends with the run whenever the meter is on. */
-static void endProgressLine()
-{
-    if (bProgressMeter)
-        fputs("\n", stdout);
-}
-
 int vemcov_Run(int argc, char **argv)
 {
     std::set_new_handler(vemcov_Out_Of_Memory);
@@ -76,6 +69,6 @@ int vemcov_Run(int argc, char **argv)
     setSourceRoot();
 
     freeSettingStrings();
-    endProgressLine();
+    endProgressMeter();
     return 0;
 }
