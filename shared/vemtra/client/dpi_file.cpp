@@ -325,6 +325,21 @@ static bool vemtra_Key_Less(const DPI_DIRECTORY_ENTRY &a, const DPI_DIRECTORY_EN
     return strcmp(a.lookup_key, b.lookup_key) < 0;
 }
 
+/* The entries while the directory is built. The normal build ends the
+ * process on any error, but a build that turns the documented exits into a
+ * return to its caller unwinds through here: what was read is then freed. */
+struct vemtra_pending_entries {
+    std::vector<DPI_DIRECTORY_ENTRY> entries;
+    ~vemtra_pending_entries()
+    {
+        for (DPI_DIRECTORY_ENTRY &entry : entries) {
+            free(entry.file_name);
+            free(entry.function_name);
+            free(entry.lookup_key);
+        }
+    }
+};
+
 int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
 {
     ASSERTX(input_file->type == FILE_TYPE_DPI);
@@ -340,7 +355,8 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
 
     /* 4. Where each segment lies. Every record takes at least 8 bytes, so
      * the file's size bounds what is reserved for an announced count. */
-    std::vector<DPI_DIRECTORY_ENTRY> entries;
+    vemtra_pending_entries pending;
+    std::vector<DPI_DIRECTORY_ENTRY> &entries = pending.entries;
     uint64_t room = static_cast<uint64_t>(vemtra_Dpi_Stream_Size(stream)) / OLD_RECORD_MIN + 1;
     entries.reserve(std::min<uint64_t>(dpi_file->segment_count, room));
     if (!vemtra_Locate_Segments(input_file, stream, entries))
@@ -365,6 +381,7 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
     }
 
     /* 8. Ready for the pair walk and on-demand fetches. */
+    pending.entries.clear();
     dpi_file->cursor = 0;
     return 1;
 }
@@ -384,6 +401,26 @@ static void vemtra_Free_Directory(DPI_FILE *dpi_file, uint32_t count)
     dpi_file->directory = nullptr;
 }
 
+/* A file being opened; unless released, its destructor undoes the open
+ * (on the failure path, and when a documented exit unwinds instead of
+ * ending the process). */
+struct vemtra_open_guard {
+    VEMTRA_INPUT_FILE *input_file;
+    DPI_FILE *dpi_file;
+    bool released;
+    ~vemtra_open_guard()
+    {
+        free(input_file->file_name);
+        if (released || dpi_file == nullptr)
+            return;
+        vemtra_Address_Tables_Release();
+        vemtra_Dpi_Stream_Free(dpi_file->stream);
+        checked_fclose(dpi_file->fp);
+        free(dpi_file->name_field);
+        free(dpi_file);
+    }
+};
+
 DPI_FILE *VEMTRA_Open_Dpi_File(const char *file_name)
 {
     /* 1. The descriptor. */
@@ -393,31 +430,26 @@ DPI_FILE *VEMTRA_Open_Dpi_File(const char *file_name)
     input_file->file_name = vemtra_Copy_String(file_name);
     input_file->weight = 1.0;
     input_file->type = FILE_TYPE_DPI;
+    vemtra_open_guard guard = {input_file, nullptr, false};
 
     /* 2. The file, under a shared lock. */
     input_file->fp = checked_fopen(file_name, "rb");
-    if (input_file->fp == nullptr) {
-        free(input_file->file_name);
+    if (input_file->fp == nullptr)
         return nullptr;
-    }
     DPI_FILE *dpi_file = static_cast<DPI_FILE *>(calloc(1, sizeof(DPI_FILE)));
     dpi_file->fp = input_file->fp;
     input_file->dpi = dpi_file;
+    guard.dpi_file = dpi_file;
 
     /* 3 to 5. The header, into the record. */
     VEMTRA_Read_Dpi_Header(input_file);
 
-    /* 6. The directory. */
-    if (!VEMTRA_Read_Dpi_Segment_List(input_file)) {
-        vemtra_Address_Tables_Release();
-        vemtra_Dpi_Stream_Free(dpi_file->stream);
-        checked_fclose(dpi_file->fp);
-        free(dpi_file->name_field);
-        free(dpi_file);
-        free(input_file->file_name);
+    /* 6. The directory; on failure the guard closes and frees it all. */
+    if (!VEMTRA_Read_Dpi_Segment_List(input_file))
         return nullptr;
-    }
-    free(input_file->file_name);
+
+    /* 7. */
+    guard.released = true;
     return dpi_file;
 }
 

@@ -27,6 +27,13 @@ static const DPI_DIRECTORY_ENTRY *vemtra_Find_Entry(const DPI_FILE *dpi_file, co
     return nullptr;
 }
 
+/* Frees a half-decoded segment when a documented exit unwinds instead of
+ * ending the process (a build that returns such exits to its caller). */
+struct vemtra_segment_guard {
+    DPI_SEGMENT *handle;
+    ~vemtra_segment_guard() { VEMTRA_Free_Segment(handle); }
+};
+
 DPI_SEGMENT *VEMTRA_Get_Segment(DPI_FILE *dpi_file, const char *dpi_file_name, const char *file_name,
                                 const char *function_name)
 {
@@ -51,8 +58,10 @@ DPI_SEGMENT *VEMTRA_Get_Segment(DPI_FILE *dpi_file, const char *dpi_file_name, c
     vemtra_Dpi_Stream_Set_Name(dpi_file->stream, dpi_file_name);
     vemtra_Dpi_Stream_Seek(dpi_file->stream, entry->segment_offset);
     int wide = VEMTRA_dpi_64bit_counters;
+    vemtra_segment_guard guard = {handle};
     vemtra_Read_Dpi_Segment(handle->segment, dpi_file->stream, wide, wide ? entry->src_root_offset : 0,
                             dpi_file_name);
+    guard.handle = nullptr;
     return handle;
 }
 
