@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <unordered_set>
 
 #include "shared/vemtra/client/dpi_segment.h"
 
@@ -15,10 +16,13 @@ struct vemtra_address_node {
     vemtra_address_node *next;
 };
 
-/* A table: the bucket heads and, for appending, their tails. */
+/* A table: the bucket heads and, for appending, their tails; and the set
+ * of addresses present, so that a new address is appended without walking
+ * its chain (a profile of many functions makes the chains long). */
 struct vemtra_address_table {
     vemtra_address_node *head[VEMTRA_ADDRESS_BUCKETS];
     vemtra_address_node *tail[VEMTRA_ADDRESS_BUCKETS];
+    std::unordered_set<uint64_t> addresses;
 };
 
 static vemtra_address_table *func_table = nullptr;
@@ -59,7 +63,7 @@ static void vemtra_Table_Release(vemtra_address_table *table, void (*free_info)(
             node = next;
         }
     }
-    free(table);
+    delete table;
 }
 
 void vemtra_Address_Tables_Release(void)
@@ -73,13 +77,15 @@ void vemtra_Address_Tables_Release(void)
 void vemtra_Address_Tables_Create(void)
 {
     vemtra_Address_Tables_Release();
-    func_table = static_cast<vemtra_address_table *>(calloc(1, sizeof(vemtra_address_table)));
-    vtbl_table = static_cast<vemtra_address_table *>(calloc(1, sizeof(vemtra_address_table)));
+    func_table = new vemtra_address_table();
+    vtbl_table = new vemtra_address_table();
 }
 
 /* True when the table already holds this address under this name. */
 static bool vemtra_Table_Holds(const vemtra_address_table *table, uint64_t address, const char *name)
 {
+    if (table->addresses.count(address) == 0)
+        return false;
     for (const vemtra_address_node *node = table->head[address % VEMTRA_ADDRESS_BUCKETS]; node != nullptr;
          node = node->next)
         if (node->address == address && strcmp(node->name, name) == 0)
@@ -95,6 +101,7 @@ static void vemtra_Table_Append(vemtra_address_table *table, uint64_t address, v
     node->info = info;
     node->name = name;
     node->next = nullptr;
+    table->addresses.insert(address);
     if (table->tail[bucket] == nullptr)
         table->head[bucket] = node;
     else

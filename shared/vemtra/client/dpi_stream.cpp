@@ -8,11 +8,12 @@
 #include "shared/vemtra/tallyfold/checked_io.h"
 
 static const int64_t DPI_PAGE_SIZE = 64 * 1024;
-static const int DPI_PAGE_SLOTS = 8; /* direct-mapped by page number */
+static const int DPI_PAGE_SLOTS = 8; /* any page in any slot; the least recently used goes */
 
 struct VEMTRA_DPI_PAGE {
     int64_t number;        /* page number held, -1 for none */
     int64_t length;        /* valid bytes (the last page of the file is short) */
+    uint64_t last_used;    /* value of the stream's use counter at the last hit */
     unsigned char *bytes;  /* DPI_PAGE_SIZE bytes */
 };
 
@@ -21,6 +22,8 @@ struct VEMTRA_DPI_STREAM {
     const char *file_name;                 /* for messages, or null */
     int64_t size;                          /* bytes in the file */
     int64_t position;                      /* logical read position */
+    uint64_t uses;                         /* page lookups so far */
+    int last_slot;                         /* slot of the most recent hit */
     VEMTRA_DPI_PAGE pages[DPI_PAGE_SLOTS];
 };
 
@@ -91,7 +94,21 @@ void vemtra_Dpi_Stream_Need(VEMTRA_DPI_STREAM *stream, uint64_t count)
 static const VEMTRA_DPI_PAGE *vemtra_Dpi_Page(VEMTRA_DPI_STREAM *stream, int64_t offset)
 {
     int64_t number = offset / DPI_PAGE_SIZE;
-    VEMTRA_DPI_PAGE *page = &stream->pages[number % DPI_PAGE_SLOTS];
+    VEMTRA_DPI_PAGE *page = &stream->pages[stream->last_slot];
+    if (page->number != number) {
+        int victim = 0;
+        for (int slot = 0; slot < DPI_PAGE_SLOTS; slot++) {
+            if (stream->pages[slot].number == number) {
+                victim = slot;
+                break;
+            }
+            if (stream->pages[slot].last_used < stream->pages[victim].last_used)
+                victim = slot;
+        }
+        stream->last_slot = victim;
+        page = &stream->pages[victim];
+    }
+    page->last_used = ++stream->uses;
     if (page->number != number) {
         if (page->bytes == nullptr)
             page->bytes = static_cast<unsigned char *>(malloc(DPI_PAGE_SIZE));
