@@ -20,3 +20,6 @@ unsigned totalNumberOfBlocksCovered = 0;
 
 COMP *first_func_line = nullptr;
 parser *pars = nullptr;
+
+blocks *lb_blockNum = nullptr;
+unsigned s_blockNum = 0;

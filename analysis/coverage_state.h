@@ -31,4 +31,9 @@ extern unsigned totalNumberOfBlocksCovered;
 extern COMP *first_func_line;     /* head of the current module's line chain */
 extern parser *pars;              /* the current module's comment parser, or null */
 
+/* The block list's storage, reused by every function of the run: one slot
+ * per block index of the current function. */
+extern blocks *lb_blockNum;
+extern unsigned s_blockNum;       /* its capacity */
+
 #endif

@@ -1,0 +1,76 @@
+/* block_files.h -- the "full" block-coverage files (text and XML) written
+ * module by module during the coverage computation, the per-function block
+ * list they print, and the function frequency that the block files share.
+ *
+ * Text file:                      XML file:
+ *   file - <module>                 <MODULE name = "<module>">
+ *   function - <name>\t<freq>       <FUNCTION name="<name>" freq="<freq>">
+ *   <inst>\t<line>\t<col>\t<count>  <BLOCK line=".." col=".."><INSTANCE ..>
+ *                                   </FUNCTION> ... </MODULE>
+ * Names are escaped in the XML file only. Every writer accepts a null
+ * stream and then writes nothing.
+ */
+#ifndef VEMCOV_ANALYSIS_BLOCK_FILES_H
+#define VEMCOV_ANALYSIS_BLOCK_FILES_H
+
+#include <cstdint>
+#include <cstdio>
+
+#include "analysis/coverage_records.h"
+#include "shared/vemtra/tallyfold/vemtra_records.h"
+
+/* Room for the decimal digits of any 64-bit value and the terminator. */
+const int FREQUENCY_TEXT_SIZE = 28;
+
+/* ---- the block list ---- */
+
+/* Fills array[index] with the position and count and links it into the list
+ * that starts at `head`, before the first entry whose position (line, then
+ * column) is not smaller: among equal positions the latest comes first.
+ * Returns the new head. */
+blocks *add_block_cov(int line, int col, double count, blocks *array, blocks *head, int index);
+
+/* The same, where `*last` is the entry this list received last (null for a
+ * new list): the search starts there when the new position lies beyond it,
+ * so a list whose blocks arrive in order is built in linear time. Sets
+ * `*last` to the new entry. */
+blocks *add_block_cov(int line, int col, double count, blocks *array, blocks *head, int index, blocks **last);
+
+/* Writes "%d\t%d\t%d\t%12.0f\n" (instance, line, column, count) per entry;
+ * instances count from 1 at each new position. Returns true. */
+bool printTXT_bcov_full(FILE *out, blocks *head);
+
+/* Writes one BLOCK element per position with one INSTANCE per entry.
+ * Returns true. */
+bool printXML_bcov_full(FILE *out, blocks *head);
+
+/* Makes lb_blockNum hold at least `count` entries. It is kept when its
+ * capacity is strictly larger, else replaced by an array of exactly `count`.
+ * Allocation failure ends the run with status 1. */
+void ensureBlockArray(uint32_t count);
+
+/* ---- the function frequency ---- */
+
+/* The sum of the counts of the segment's entry blocks, accumulated in single
+ * precision and truncated. Entry indexes outside the block array are
+ * skipped. */
+uint64_t functionFrequency(const DPI_S *segment);
+
+/* The frequency as plain decimal digits ("0" for zero) in `buffer`, which is
+ * returned. */
+const char *functionFrequencyText(const DPI_S *segment, char buffer[FREQUENCY_TEXT_SIZE]);
+
+/* ---- the records of the full files ---- */
+
+/* "file - %s\n" / the MODULE opening. */
+void writeFullModuleOpen(FILE *txt, FILE *xml, const char *module);
+/* The MODULE closing (XML only). */
+void writeFullModuleClose(FILE *xml);
+/* A function that has counts: its line and FUNCTION opening. */
+void writeFullFunctionOpen(FILE *txt, FILE *xml, const char *name, const char *frequency);
+/* Its block records and, in XML, the FUNCTION closing. */
+void writeFullFunctionBlocks(FILE *txt, FILE *xml, blocks *head);
+/* A function that was never called: frequency 0 and, in XML, its line. */
+void writeFullNeverCalled(FILE *txt, FILE *xml, const char *name, int line);
+
+#endif
