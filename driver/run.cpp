@@ -5,14 +5,20 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <unistd.h>
 
+#include "analysis/comment_parser.h"
+#include "analysis/coverage.h"
+#include "analysis/coverage_state.h"
 #include "driver/banner.h"
 #include "driver/console.h"
 #include "driver/options.h"
+#include "driver/run_state.h"
 #include "driver/settings.h"
 #include "driver/usage.h"
+#include "report/coverage_store.h"
 #include "shared/vemtra/client/src_root.h"
 
 /* Step 1: the command line. A bad one shows the banner and the usage text
@@ -61,12 +67,45 @@ static void freeSettingStrings()
     g_lpszMailName = nullptr;
 }
 
+/* Step 16: the full road, module by module: order the module's functions,
+ * find its infeasible lines, compute its coverage (which also writes its part
+ * of the full block files), then release its state. The meter counts every
+ * component. */
+static void analyseModules()
+{
+    for (COMP *first = componentList; first != nullptr;) {
+        order_func(first);
+        pars = new parser(first->fileName, one_line_disable, start_disable_block, end_disable_block);
+        if (markBlocks(first) && !g_bNoHTML) {
+            /* The module's annotated listing is written here. */
+        }
+        delete pars;
+        pars = nullptr;
+        tickProgressMeter();
+
+        g_cl.deleteCurrentFile();
+        releaseModuleTables();
+
+        COMP *next = first->next;
+        while (next != nullptr && strcmp(next->fileName, first->fileName) == 0) {
+            tickProgressMeter();
+            next = next->next;
+        }
+        first = next;
+    }
+}
+
 int vemcov_Run(int argc, char **argv)
 {
     std::set_new_handler(vemcov_Out_Of_Memory);
 
     parseCommandLine(argc, argv);
     setSourceRoot();
+
+    if (html_output) {
+        startProgressMeter(numComponents);
+        analyseModules();
+    }
 
     freeSettingStrings();
     endProgressMeter();
