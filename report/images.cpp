@@ -1,0 +1,74 @@
+/* images.cpp -- the report's images, written from their byte tables. */
+#include "report/images.h"
+
+#include <cstdio>
+#include <string>
+
+#include "report/image_data.h"
+#include "report/naming.h"
+
+const char HOME_IMAGE[] = "__Home.gif";
+const char HELP_IMAGE[] = "__Help.gif";
+const char LOGO_IMAGE[] = "__TarskR.gif";
+const char SPACER_IMAGE[] = "__Spacer.gif";
+
+/* Writes one byte; a failure is reported with the byte's index in the file
+ * and the writing goes on. */
+static void putImageByte(FILE *image, int index, unsigned char byte)
+{
+    if (fputc(byte, image) == EOF)
+        fprintf(stdout, "ERR at %d %d\n", index, byte);
+}
+
+/* Images are written unbuffered, so that a byte that cannot be written is
+ * reported at its own index. */
+static FILE *createImage(const char *name, const char *failureFormat)
+{
+    std::string path = std::string(REPORT_DIR) + "/" + name;
+    FILE *image = fopen(path.c_str(), "wb");
+    if (image == nullptr) {
+        fprintf(stderr, failureFormat, name);
+        return nullptr;
+    }
+    setvbuf(image, nullptr, _IONBF, 0);
+    return image;
+}
+
+static bool writeImage(const char *name, const char *failureFormat,
+                       const unsigned char *bytes, int size)
+{
+    FILE *image = createImage(name, failureFormat);
+    if (image == nullptr)
+        return false;
+    for (int i = 0; i < size; ++i)
+        putImageByte(image, i, bytes[i]);
+    fclose(image);
+    return true;
+}
+
+/* The home image keeps only its two ends as data; the run of zeros between
+ * them (the unused black entries of its colour table) is written by a loop. */
+static bool writeHomeImage()
+{
+    FILE *image = createImage(HOME_IMAGE, "Unable to create the Home Icon %s!\n");
+    if (image == nullptr)
+        return false;
+    int index = 0;
+    for (int i = 0; i < HOME_GIF_HEAD_SIZE; ++i, ++index)
+        putImageByte(image, index, HOME_GIF_HEAD[i]);
+    for (int i = 0; i < HOME_GIF_ZERO_RUN; ++i, ++index)
+        putImageByte(image, index, 0);
+    for (int i = 0; i < HOME_GIF_TAIL_SIZE; ++i, ++index)
+        putImageByte(image, index, HOME_GIF_TAIL[i]);
+    fclose(image);
+    return true;
+}
+
+bool bWriteReportImages()
+{
+    /* The help icon shares the home icon's message. */
+    return writeHomeImage()
+        && writeImage(HELP_IMAGE, "Unable to create the Home Icon %s!\n", HELP_GIF, sizeof HELP_GIF)
+        && writeImage(LOGO_IMAGE, "Unable to create Tarsk Logo %s!\n", LOGO_GIF, sizeof LOGO_GIF)
+        && writeImage(SPACER_IMAGE, "Unable to create Spacer image %s!\n", SPACER_GIF, sizeof SPACER_GIF);
+}

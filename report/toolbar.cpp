@@ -1,0 +1,72 @@
+/* toolbar.cpp -- the toolbar page, and the writing of the report's fixed
+ * files before the first source file is processed. */
+#include "report/toolbar.h"
+
+#include "driver/settings.h"
+#include "report/help_page.h"
+#include "report/images.h"
+#include "report/maker_credit.h"
+#include "report/naming.h"
+
+static const char TOOLBAR_HEAD[] =
+    "<html>\n"
+    "<head>\n"
+    "<base target=\"_parent\">\n"
+    "</head>\n"
+    "<body bgcolor=\"FFFFFF\">\n"
+    "<table border=0 cellpadding=3 cellspacing=0>\n"
+    "<tr>\n";
+
+static const char TOOLBAR_FOOT[] =
+    "</tr>\n"
+    "</table>\n"
+    "</body>\n"
+    "</html>\n";
+
+static const char ICON_BORDER[] = "border=\"0\"";
+
+void writeToolBarPage(FILE *page, const char *ext)
+{
+    fputs(TOOLBAR_HEAD, page);
+
+    /* The links leave the report directory and come back into it, so that
+     * they hold from wherever the toolbar's frameset was loaded. */
+    fputs("<td>\n", page);
+    fprintf(page, "<a href=\"../%s\" title=\"Coverage Summary\"><img src=\"%s\" %s></a>\n",
+            getHTMLname(ROOT_PAGE, ext), HOME_IMAGE, ICON_BORDER);
+    fputs("</td>\n", page);
+    fputs("<td>\n", page);
+    fprintf(page, "<a target=\"_new\" href=\"../%s\" title=\"Help\"><img src=\"%s\" %s></a>\n",
+            getDirHTMLname(HELP_PAGE, ext), HELP_IMAGE, ICON_BORDER);
+    fputs("</td>\n", page);
+    fprintf(page, "<td width=\"%d%%\" align=\"right\">\n", 100);
+    writeMakerLogo(page);
+    fputs("</td>\n", page);
+
+    fputs(TOOLBAR_FOOT, page);
+}
+
+bool createToolBar(const char *ext)
+{
+    /* The toolbar page is created first and filled last. */
+    FILE *toolbar = fopen(getDirHTMLname(TOOLBAR_PAGE, ext), "w");
+    if (toolbar == nullptr) {
+        fprintf(stderr, "Unable to create ToolBar file!\n");
+        return false;
+    }
+    if (!bWriteReportImages()) {
+        fclose(toolbar);
+        return false;
+    }
+    FILE *help = fopen(getDirHTMLname(HELP_PAGE, ext), "w");
+    if (help == nullptr) {
+        fprintf(stderr, "Unable to create On-Line Help!\n");
+        fclose(toolbar);
+        return false;
+    }
+    writeHelpPage(help, Infeasible_markers_specified != 0);
+    fclose(help);
+    writeToolBarPage(toolbar, ext);
+    fclose(toolbar);
+    return true;
+}
