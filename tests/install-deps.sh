@@ -4,7 +4,7 @@
 # installed.
 set -eu
 
-PACKAGES="g++ cmake ninja-build libgtest-dev"
+PACKAGES="g++ cmake ninja-build libgtest-dev imagemagick"
 
 missing=""
 for package in $PACKAGES; do
