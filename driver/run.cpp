@@ -50,21 +50,22 @@ static void setSourceRoot()
     free(env_root);
 }
 
+/* Releases one "copy" setting. */
+static void freeSetting(char *&setting)
+{
+    free(setting);
+    setting = nullptr;
+}
+
 /* Step 18, the settings' part: the heap strings of the option parser. */
 static void freeSettingStrings()
 {
-    free(g_lpszOutFileExt);
-    g_lpszOutFileExt = nullptr;
-    free(g_lpszDPIFileName);
-    g_lpszDPIFileName = nullptr;
-    free(g_lpszRefDPIFileName);
-    g_lpszRefDPIFileName = nullptr;
-    free(g_lpszProjName);
-    g_lpszProjName = nullptr;
-    free(g_lpszMailAddr);
-    g_lpszMailAddr = nullptr;
-    free(g_lpszMailName);
-    g_lpszMailName = nullptr;
+    freeSetting(g_lpszOutFileExt);
+    freeSetting(g_lpszDPIFileName);
+    freeSetting(g_lpszRefDPIFileName);
+    freeSetting(g_lpszProjName);
+    freeSetting(g_lpszMailAddr);
+    freeSetting(g_lpszMailName);
 }
 
 /* Step 16: the full road, module by module: order the module's functions,

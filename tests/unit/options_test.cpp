@@ -240,27 +240,4 @@ TEST(Options, RepeatsReplaceOrAccumulate)
     EXPECT_EQ(p.settings["markers"], "1");
 }
 
-TEST(Options, ScanFailsForUsage)
-{
-    // Help words, unknown options and the options whose missing value falls
-    // back on usage: false, and nothing printed but the unknown option's
-    // message.
-    const std::vector<std::vector<std::string>> lines = {
-        {"-?"}, {"/?"}, {"-help"}, {"/help"}, {"-h"}, {"/h"}, {"-counts", "-h", "-nosuch"},
-        {"-spi"}, {"-dpi"}, {"-ref"}, {"-srcroot"}, {"-prj"}, {"-maddr"}, {"-mname"}, {"-counts", "-spi"},
-    };
-    for (const auto &line : lines) {
-        Parsed p = Parse(line);
-        EXPECT_FALSE(p.ok) << line[0];
-        EXPECT_EQ(p.run.status, 0);
-        EXPECT_EQ(p.run.err, "") << line[0];
-    }
-    for (const char *wrong : {"-HELP", "-spi=a.spi", "spi", "-", "", "--h", "-helpX"}) {
-        Parsed p = Parse({wrong, "-helpx"});
-        EXPECT_FALSE(p.ok) << wrong;
-        EXPECT_EQ(p.run.err, std::string("ERROR: wrong option ") + wrong + " is specified.\n");
-        EXPECT_EQ(p.run.out, "false\n") << "the unknown option ends the scan before -helpx";
-    }
-}
-
 }  // namespace
