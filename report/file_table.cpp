@@ -1,0 +1,211 @@
+/* file_table.cpp -- the covered-file and uncovered-file tables. */
+#include "report/file_table.h"
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "driver/number_format.h"
+#include "driver/settings.h"
+#include "report/naming.h"
+#include "report/page_foot.h"
+#include "report/percent_format.h"
+#include "report/table_markup.h"
+#include "report/table_sort.h"
+
+static const char TABLE_HEADING_START[] =
+    "<h4 ALIGN=\"center\" STYLE=\"font-family:Arial,Helvetica;color:#3366ff\">";
+
+/* The part of a path after its last "/". */
+static const char *baseName(const char *path)
+{
+    const char *slash = strrchr(path, '/');
+    return slash != nullptr ? slash + 1 : path;
+}
+
+static int comparePercent(double a, double b)
+{
+    return a < b ? -1 : (a > b ? 1 : 0);
+}
+
+/* Orders positions of the file array by the keys of `order`. */
+struct FileBefore {
+    filename_list_node **files;
+    SortType order;
+
+    bool operator()(int a, int b) const
+    {
+        const filename_list_node *x = files[a];
+        const filename_list_node *y = files[b];
+        int key = order < 0 ? -order : order;
+        int result = 0;
+        if (key == 2)
+            result = comparePercent(x->funcPercent, y->funcPercent);
+        else if (key == 3)
+            result = comparePercent(x->blockPercent, y->blockPercent);
+        if (result == 0)
+            result = strcmp(baseName(x->path), baseName(y->path));
+        return order > 0 ? result < 0 : result > 0;
+    }
+};
+
+static void SelectSortFiles(int *index, int count, const FileBefore &before)
+{
+    exchangeSortTable(index, count, before);
+}
+
+static void QuickSortFiles(int *index, int low, int high, const FileBefore &before)
+{
+    quickSortTable(index, low, high, before);
+}
+
+void sortFileIndex(int *index, int count, filename_list_node **files, SortType order)
+{
+    checkSortKeyOrder(order);
+    FileBefore before{files, order};
+    if (count < TABLE_QUICKSORT_THRESHOLD)
+        SelectSortFiles(index, count, before);
+    else
+        QuickSortFiles(index, 0, count - 1, before);
+}
+
+static void writeNumberCell(FILE *page, uint64_t value)
+{
+    char number[32];
+    u64_to_ascii(number, value);
+    fprintf(page, "<TD ALIGN=\"right\">%s</TD>\n", number);
+}
+
+static void writePercentCell(FILE *page, double percent)
+{
+    fprintf(page, "<TD ALIGN=\"right\">%6.2f</TD>\n", roundHalfUp2(percent));
+}
+
+/* The two header rows: the name, then function and block columns; the
+ * covered and percentage columns only where they are shown. */
+static void writeTableHeader(FILE *page, SortType order, const char *name, const char *ext,
+                             bool detailed, bool reference)
+{
+    const CoverageLabels labels = coverageLabels(reference);
+    std::string link = getVerHTMLname(name, sortHeaderLink(order, SORT_COLUMN_NAME), ext);
+    fprintf(page,
+            "<TH ALIGN=\"left\" ROWSPAN=\"2\"><a target=\"%s\" title=\"sort based on file name\" "
+            "href=\"%s\">Name</a></TH>\n",
+            "_self", link.c_str());
+    const int span = detailed ? 3 : 1;
+    fprintf(page, "<TH ALIGN=\"center\" COLSPAN=\"%d\">Functions</TH>\n", span);
+    fprintf(page, "<TH ALIGN=\"center\" COLSPAN=\"%d\">Blocks</TH>\n", span);
+    fputs("</TR>\n", page);
+
+    fputs(HEADER_ROW_START, page);
+    fputs("<TH ALIGN=\"center\">total</TH>\n", page);
+    if (detailed) {
+        fprintf(page, "<TH ALIGN=\"center\">%s</TH>\n", labels.covered);
+        link = getVerHTMLname(name, sortHeaderLink(order, SORT_COLUMN_COVERAGE), ext);
+        fprintf(page,
+                "<TH ALIGN=\"center\"><a target=\"%s\" title=\"sort based on %s%%\" "
+                "href=\"%s\">%s%%</a></TH>\n",
+                "_self", reference ? "miss rate" : "function coverage", link.c_str(), labels.coverage);
+    }
+    fputs("<TH ALIGN=\"center\">total</TH>\n", page);
+    if (detailed) {
+        fprintf(page, "<TH ALIGN=\"center\">%s</TH>\n", labels.covered);
+        link = getVerHTMLname(name, sortHeaderLink(order, SORT_COLUMN_BLOCKS), ext);
+        fprintf(page,
+                "<TH ALIGN=\"center\"><a target=\"%s\" title=\"sort based on block coverage%%\" "
+                "href=\"%s\">%s%%</a></TH>\n",
+                "_self", link.c_str(), labels.coverage);
+    }
+    fputs(TABLE_HEAD_END, page);
+}
+
+static void writeFileRow(FILE *page, const filename_list_node *file, const char *ext, bool detailed)
+{
+    fputs(DATA_ROW_START, page);
+    fprintf(page, "<TD ALIGN=\"left\"><a href=\"%s\" title=\"%s\">%s</a></TD>\n",
+            getHTMLname(file->path, ext), file->path, baseName(file->path));
+    writeNumberCell(page, file->totalFuncs);
+    if (detailed) {
+        writeNumberCell(page, file->coveredFuncs);
+        writePercentCell(page, file->funcPercent);
+    }
+    writeNumberCell(page, file->totalBlocks);
+    if (detailed) {
+        writeNumberCell(page, file->coveredBlocks);
+        writePercentCell(page, file->blockPercent);
+    }
+    fputs("</TR>\n", page);
+}
+
+bool bCreateCov(bool covered, SortType order, const char *name, const char *ext,
+                const char *project, int count, filename_list_node **files)
+{
+    checkSortOption(order);
+    FILE *page = fopen(getDirVerHTMLname(name, order + 3, ext), "w");
+    if (page == nullptr) {
+        fprintf(stderr, "Unable to create root html file %s!\n", name);
+        return false;
+    }
+    const bool reference = compWithRef != 0;
+    /* The uncovered table of a plain run shows totals only. */
+    const bool detailed = covered || reference;
+    const char *kind = covered ? "Covered" : "Uncovered";
+
+    fputs("<html>\n", page);
+    fputs("<head>\n", page);
+    writeReportTitle(page, project);
+    fprintf(page, "<base target=\"%s\">\n", "_parent");
+    fputs("</head>\n", page);
+    fputs("<body bgcolor=\"FFFFFF\">\n", page);
+    fputs(TABLE_HEADING_START, page);
+    if (project != nullptr)
+        fprintf(page, "%s Files in %s</h4>\n", kind, project);
+    else
+        fprintf(page, "%s Files</h4>\n", kind);
+    fputs("<ol>\n", page);
+
+    std::vector<int> index(count > 0 ? count : 0);
+    for (int i = 0; i < count; ++i)
+        index[i] = i;
+    sortFileIndex(index.data(), count, files, order);
+
+    writeFramedTableStart(page);
+    writeTableHeader(page, order, name, ext, detailed, reference);
+    for (int i = 0; i < count; ++i)
+        writeFileRow(page, files[index[i]], ext, detailed);
+    fputs(FRAMED_TABLE_END, page);
+    fputs("</ol>\n", page);
+    writePageFoot(page, g_lpszMailAddr, g_lpszMailName);
+    fputs("\n", page);
+    fclose(page);
+    return true;
+}
+
+/* Writes the pages of one table in the given orders. */
+static bool createTablePages(bool covered, const SortType *orders, int orderCount, const char *name,
+                             const char *ext, const char *project, int count,
+                             filename_list_node **files)
+{
+    for (int i = 0; i < orderCount; ++i) {
+        if (!bCreateCov(covered, orders[i], name, ext, project, count, files))
+            return false;
+    }
+    return true;
+}
+
+bool bCreateCovProfMain(const char *name, const char *ext, const char *project, int count,
+                        filename_list_node **files)
+{
+    static const SortType orders[] = {1, -1, 2, -2, 3, -3};
+    return createTablePages(true, orders, 6, name, ext, project, count, files);
+}
+
+bool bCreateUnCovProfMain(const char *name, const char *ext, const char *project, int count,
+                          filename_list_node **files)
+{
+    static const SortType orders[] = {1, -1, 2, -2, 3, -3};
+    /* Without a reference profile the uncovered table sorts by name only. */
+    const int orderCount = compWithRef != 0 ? 6 : 2;
+    return createTablePages(false, orders, orderCount, name, ext, project, count, files);
+}
