@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "analysis/comment_parser.h"
@@ -19,6 +20,10 @@
 #include "driver/settings.h"
 #include "driver/usage.h"
 #include "report/coverage_store.h"
+#include "report/file_table.h"
+#include "report/naming.h"
+#include "report/summary.h"
+#include "report/toolbar.h"
 #include "shared/vemtra/client/src_root.h"
 
 /* Step 1: the command line. A bad one shows the banner and the usage text
@@ -96,6 +101,42 @@ static void analyseModules()
     }
 }
 
+/* Step 15: the report directory (an existing one is reused, so the result
+ * is not checked) and the report's fixed files: images, help and toolbar. */
+static void startReport()
+{
+    if (g_bNoHTML)
+        return;
+    mkdir(REPORT_DIR, 040777);
+    if (!createToolBar(g_lpszOutFileExt))
+        tvx_Exit(1);
+}
+
+/* Step 17: the covered-file and uncovered-file tables, each only when it has
+ * files, then the summary page and the root frameset. */
+static void finishReport()
+{
+    if (g_bNoHTML)
+        return;
+    int coveredCount = 0, uncoveredCount = 0;
+    filename_list_node **covered = nullptr, **uncovered = nullptr;
+    if (g_cl.uiGetFilenames(&coveredCount, &covered, &uncoveredCount, &uncovered) == -1)
+        tvx_Exit(1);
+    if (coveredCount > 0
+        && !bCreateCovProfMain(COVERED_FILES_PAGE, g_lpszOutFileExt, g_lpszProjName, coveredCount, covered))
+        tvx_Exit(1);
+    if (uncoveredCount > 0
+        && !bCreateUnCovProfMain(UNCOVERED_FILES_PAGE, g_lpszOutFileExt, g_lpszProjName, uncoveredCount,
+                                 uncovered))
+        tvx_Exit(1);
+    if (!bCreateSummary(g_lpszProjName, ROOT_PAGE, SUMMARY_PAGE,
+                        coveredCount > 0 ? COVERED_FILES_PAGE : nullptr,
+                        uncoveredCount > 0 ? UNCOVERED_FILES_PAGE : nullptr, g_lpszOutFileExt))
+        tvx_Exit(1);
+    free(covered);
+    free(uncovered);
+}
+
 int vemcov_Run(int argc, char **argv)
 {
     std::set_new_handler(vemcov_Out_Of_Memory);
@@ -104,8 +145,10 @@ int vemcov_Run(int argc, char **argv)
     setSourceRoot();
 
     if (html_output) {
+        startReport();
         startProgressMeter(numComponents);
         analyseModules();
+        finishReport();
     }
 
     freeSettingStrings();
