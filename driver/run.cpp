@@ -14,8 +14,11 @@
 #include "analysis/coverage.h"
 #include "analysis/coverage_state.h"
 #include "driver/banner.h"
+#include "driver/component_file.h"
 #include "driver/console.h"
+#include "driver/function_list.h"
 #include "driver/options.h"
+#include "driver/output_files.h"
 #include "driver/run_state.h"
 #include "driver/settings.h"
 #include "driver/usage.h"
@@ -24,7 +27,13 @@
 #include "report/naming.h"
 #include "report/summary.h"
 #include "report/toolbar.h"
+#include "shared/vemtra/client/dpi_file.h"
 #include "shared/vemtra/client/src_root.h"
+#include "shared/vemtra/tallyfold/tool_message.h"
+
+/* The driver's own input checks; plain sentences, not tool messages. */
+static const char MSG_NO_DPI[] = "Couldn't find the dpi file %s!\n";
+static const char MSG_NO_SPI[] = "Couldn't find the spi file %s!\n";
 
 /* Step 1: the command line. A bad one shows the banner and the usage text
  * and ends the run. */
@@ -53,6 +62,41 @@ static void setSourceRoot()
         VEMTRA_Src_Root_Dir_Set(getcwd(cwd, sizeof cwd), VEMTRA_expand_symbolic_links);
     }
     free(env_root);
+}
+
+/* Step 3 (and 6 for the reference profile): a dynamic profile, open for
+ * the whole run. */
+static DPI_FILE *openDynamicProfile(const char *fileName)
+{
+    DPI_FILE *dpi = VEMTRA_Open_Dpi_File(fileName);
+    if (dpi == nullptr) {
+        fprintf(stderr, MSG_NO_DPI, fileName);
+        tvx_Exit(1);
+    }
+    return dpi;
+}
+
+/* Step 4: the full road checks early that the static profile exists. The
+ * fast road finds out only when it reads the file, with another message
+ * (buildComponentList); the difference is deliberate. */
+static void checkStaticProfile()
+{
+    if (!html_output)
+        return;
+    FILE *spi = fopen(g_lpszSPIFileName, "r");
+    if (spi == nullptr) {
+        fprintf(stderr, MSG_NO_SPI, g_lpszSPIFileName);
+        tvx_Exit(1);
+    }
+    fclose(spi);
+}
+
+/* Step 8: the modules of interest and the markers of the component file. */
+static void readComponentFile()
+{
+    getModuleNames(moduleListName);
+    if (Infeasible_markers_specified && check_NFmarkers_intersect())
+        tvx_Exit(1);
 }
 
 /* Releases one "copy" setting. */
@@ -144,12 +188,25 @@ int vemcov_Run(int argc, char **argv)
     parseCommandLine(argc, argv);
     setSourceRoot();
 
+    pgofDPIFile = openDynamicProfile(g_lpszDPIFileName);
+    checkStaticProfile();
+    OutputFiles outputs;
+    openOutputFiles(&outputs);
+    if (compWithRef)
+        pgofRefDPIFile = openDynamicProfile(g_lpszRefDPIFileName);
+    /* Messages raised while the profiles were opened carry no tool name. */
+    VEMTRA_Tool_Set_Name(argv[0]);
+    readComponentFile();
+    buildComponentList(g_lpszSPIFileName);
+
     if (html_output) {
         startReport();
         startProgressMeter(numComponents);
         analyseModules();
         finishReport();
     }
+
+    closeOutputFiles(&outputs);
 
     freeSettingStrings();
     endProgressMeter();

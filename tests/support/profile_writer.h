@@ -84,7 +84,12 @@ struct CallSpec {
 
 enum class RecordLayout {
     Version3,  // 64-bit counters, 8-byte flags word (flag 0x40)
-    Version2,  // 32-bit counters with the overlapping offset composition
+    // 32-bit counters. The writer lays the name offsets out as 8-byte fields;
+    // the reader composes each with the 32-bit word at 8, 32 or 40 as its
+    // high half, so the file name reads as empty (its offset points past the
+    // end) and, with no vtable name (offset 0), the function name reads
+    // right.
+    Version2,
 };
 
 enum class LineInfo {

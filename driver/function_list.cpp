@@ -1,0 +1,229 @@
+/* function_list.cpp -- the sorted list of profiled functions. */
+#include "driver/function_list.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "driver/component_file.h"
+#include "driver/console.h"
+#include "driver/demangle.h"
+#include "driver/run_state.h"
+#include "driver/settings.h"
+#include "shared/vemtra/client/spi_reader.h"
+
+/* The messages of this step, kept together. */
+static const char MSG_CANNOT_OPEN[] = "ERROR: cannot open the SPI file, %s.\n";
+static const char MSG_CORRUPT[] = "ERROR: corrupt SPI file %s\n";
+static const char MSG_NO_MEMORY_FOR[] = "ERROR: unable to allocate %d bytes of memory for %s\n";
+static const char MSG_OUT_OF_MEMORY[] = "FATAL ERROR: Out of memory.\n";
+static const char MSG_CANNOT_CLOSE[] = "WARNING: couldn't close the SPI file %s\n";
+
+/* A heap copy of `text`; ends the run naming `what` when memory runs out. */
+static char *copyOrExit(const char *text, const char *what)
+{
+    size_t length = strlen(text) + 1;
+    char *copy = static_cast<char *>(malloc(length));
+    if (copy == nullptr) {
+        fprintf(stderr, MSG_NO_MEMORY_FOR, static_cast<int>(length), what);
+        tvx_Exit(1);
+    }
+    memcpy(copy, text, length);
+    return copy;
+}
+
+/* Folds a file name for a Windows host: lower-case letters become upper
+ * case; a '/' is written back as '/'. */
+static void foldWindowsName(char *name)
+{
+    for (char *c = name; *c != '\0'; c++) {
+        if (*c >= 'a' && *c <= 'z')
+            *c = static_cast<char>(*c - 'a' + 'A');
+        else if (*c == '/')
+            *c = '/';
+    }
+}
+
+/* Consumes the rest of the current line (the call-site list). Returns true
+ * while another line follows. */
+static bool skipToNextLine(FILE *spi)
+{
+    int c;
+    while ((c = getc(spi)) != EOF && c != '\n') {
+    }
+    if (c == EOF)
+        return false;
+    c = getc(spi);
+    if (c == EOF)
+        return false;
+    ungetc(c, spi);
+    return true;
+}
+
+/* Step 10.5: one record for a function of a module of interest. */
+static COMP *newComponent(const SPI_LINE_HEADER_S &header, const char *fileName, const char *demangled,
+                          int demangledLength)
+{
+    COMP *comp = static_cast<COMP *>(calloc(1, sizeof(COMP)));
+    if (comp == nullptr) {
+        fprintf(stderr, MSG_NO_MEMORY_FOR, static_cast<int>(sizeof(COMP)), "Components SPI");
+        tvx_Exit(1);
+    }
+    comp->fileName = copyOrExit(fileName, "comp->fileName");
+    comp->procName = copyOrExit(header.routine_name, "comp->procName");
+    comp->line = static_cast<int32_t>(header.line);
+    comp->block_count = static_cast<uint32_t>(header.block_count - header.excluded_block_count);
+    comp->spi_value = header.linkage;
+    comp->name = comp->procName;
+    if (demangledLength != 0 && strcmp(demangled, comp->procName) != 0) {
+        comp->name = strdup(demangled);
+        if (comp->name == nullptr) {
+            fputs(MSG_OUT_OF_MEMORY, stderr);
+            tvx_Exit(2);
+        }
+    }
+    return comp;
+}
+
+/* Step 10: the records in file order. Returns the head of the list. */
+static COMP *readComponents(FILE *spi, const char *spiFileName)
+{
+    COMP *head = nullptr;
+    COMP *tail = nullptr;
+    const char *moduleOfFlag = nullptr; /* file name of the last record that set first_in_module */
+
+    int first = getc(spi);
+    if (first == EOF)
+        return nullptr;
+    ungetc(first, spi);
+
+    do {
+        SPI_LINE_HEADER_S header;
+        if (!VEMTRA_SPI_Read_Line_Header(spi, spiFileName, &header, 1)) {
+            fprintf(stderr, MSG_CORRUPT, spiFileName);
+            tvx_Exit(1);
+        }
+        char *fileName = header.full_path_name;
+        if (isWindows)
+            foldWindowsName(fileName);
+        int demangledLength = 0;
+        const char *demangled = demangleName(header.routine_name, g_iDemangFlag, &demangledLength);
+        if (!isInComponents(fileName))
+            continue;
+
+        COMP *comp = newComponent(header, fileName, demangled, demangledLength);
+        if (moduleOfFlag == nullptr || strcmp(moduleOfFlag, comp->fileName) != 0) {
+            comp->first_in_module = 1;
+            moduleOfFlag = comp->fileName;
+        }
+        if (tail == nullptr)
+            head = comp;
+        else
+            tail->next = comp;
+        tail = comp;
+    } while (skipToNextLine(spi));
+    return head;
+}
+
+/* The sort key: file name, display name when both have one, profile name. */
+static bool componentLess(const COMP *a, const COMP *b)
+{
+    int order = strcmp(a->fileName, b->fileName);
+    if (order == 0 && a->name != nullptr && b->name != nullptr)
+        order = strcmp(a->name, b->name);
+    if (order == 0)
+        order = strcmp(a->procName, b->procName);
+    return order < 0;
+}
+
+void QuickSortComponents(COMP **array, int count)
+{
+    std::stable_sort(array, array + count, componentLess);
+}
+
+/* Step 11: the list sorted; returns the new head. */
+static COMP *sortComponents(COMP *head)
+{
+    int count = 0;
+    for (COMP *c = head; c != nullptr; c = c->next)
+        count++;
+    if (count == 0)
+        return nullptr;
+    size_t bytes = static_cast<size_t>(count) * sizeof(COMP *);
+    COMP **array = static_cast<COMP **>(malloc(bytes));
+    if (array == nullptr) {
+        fprintf(stderr, MSG_NO_MEMORY_FOR, static_cast<int>(bytes), "Components Array");
+        tvx_Exit(1);
+    }
+    int i = 0;
+    for (COMP *c = head; c != nullptr; c = c->next)
+        array[i++] = c;
+    QuickSortComponents(array, count);
+    for (i = 0; i + 1 < count; i++)
+        array[i]->next = array[i + 1];
+    array[count - 1]->next = nullptr;
+    head = array[0];
+    free(array);
+    return head;
+}
+
+static bool sameText(const char *a, const char *b)
+{
+    return a != nullptr && b != nullptr && strcmp(a, b) == 0;
+}
+
+/* Step 12: module starts and duplicate instances marked, repeated entries
+ * of the profile dropped. */
+static void markModulesAndDuplicates(COMP *head)
+{
+    COMP *kept = head;
+    if (head != nullptr)
+        head->first_in_module = 1;
+    while (kept != nullptr && kept->next != nullptr) {
+        COMP *record = kept->next;
+        record->first_in_module = 1;
+        if (strcmp(record->fileName, kept->fileName) == 0) {
+            bool sameName = sameText(record->name, kept->name);
+            if (record->line != kept->line || record->name == nullptr || !sameName) {
+                record->first_in_module = 0;
+            } else if (strcmp(record->procName, kept->procName) != 0) {
+                record->first_in_module = 0;
+                record->dup_name = 1;
+                kept->dup_name = 1;
+            } else {
+                /* The same function listed twice: keep one. */
+                kept->next = record->next;
+                if (record->name != record->procName)
+                    free(record->name);
+                free(record->procName);
+                free(record->fileName);
+                free(record);
+                continue;
+            }
+        }
+        kept = record;
+    }
+}
+
+void buildComponentList(const char *spiFileName)
+{
+    /* Step 9. */
+    FILE *spi = fopen(spiFileName, "r");
+    if (spi == nullptr) {
+        fprintf(stderr, MSG_CANNOT_OPEN, spiFileName);
+        tvx_Exit(1);
+    }
+
+    /* Steps 10 to 12. */
+    COMP *head = sortComponents(readComponents(spi, spiFileName));
+    markModulesAndDuplicates(head);
+
+    /* Step 13. */
+    if (fclose(spi) != 0)
+        fprintf(stderr, MSG_CANNOT_CLOSE, spiFileName);
+    numComponents = 0;
+    for (COMP *c = head; c != nullptr; c = c->next)
+        numComponents++;
+    componentList = head;
+}

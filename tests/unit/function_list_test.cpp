@@ -1,0 +1,116 @@
+// The function list read from the static profile: records per function of
+// the modules of interest, sorted, with module starts, duplicate instances
+// and repeated entries handled.
+#include <cstdio>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "driver/component_file.h"
+#include "driver/function_list.h"
+#include "driver/run_state.h"
+#include "shared/vemtra/client/src_root.h"
+#include "tests/support/capture.h"
+#include "tests/support/profile_writer.h"
+
+using namespace testsupport;
+
+namespace {
+
+// Builds the list from `spi` and describes each record as
+// "file|display|proc|line|blocks|first|dup|linkage".
+std::vector<std::string> ListOf(const std::string &spi)
+{
+    std::string path = "/tmp/vemcov-fl-" + std::to_string(getpid()) + ".spi";
+    WriteBytes(path, spi);
+    buildComponentList(path.c_str());
+    unlink(path.c_str());
+    std::vector<std::string> out;
+    int count = 0;
+    for (COMP *c = componentList; c != nullptr; c = c->next, count++)
+        out.push_back(std::string(c->fileName) + "|" + c->name + "|" + c->procName + "|" + std::to_string(c->line) +
+                      "|" + std::to_string(c->block_count) + "|" + std::to_string(c->first_in_module) + "|" +
+                      std::to_string(c->dup_name) + "|" + static_cast<char>(c->spi_value));
+    EXPECT_EQ(count, numComponents);
+    return out;
+}
+
+class FunctionList : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        moduleName.clear();
+        VEMTRA_Src_Root_Dir_Set(nullptr, 0);
+    }
+    void TearDown() override { moduleName.clear(); }
+};
+
+}  // namespace
+
+TEST_F(FunctionList, SortedByFileThenDisplayNameWithModuleStarts)
+{
+    Project p;
+    p.Add("/s/b.c", "zz", 1).Blocks({{1, 1, 1}, {1, 2, 1}}).excluded_block_count = 1;
+    p.Add("/s/a.c", "_Z3fooi", 7, 'S');
+    p.Add("/s/b.c", "aa", 9);
+    p.Add("/s/a.c", "bar", 2);
+    EXPECT_EQ(ListOf(SpiText(p)), (std::vector<std::string>{
+                                      "/s/a.c|bar|bar|2|0|1|0|E",
+                                      "/s/a.c|foo(int)|_Z3fooi|7|0|0|0|S",
+                                      "/s/b.c|aa|aa|9|0|1|0|E",
+                                      "/s/b.c|zz|zz|1|1|0|0|E",
+                                  }));
+    // The display name is a copy only when demangling changed the name.
+    COMP *bar = componentList;
+    EXPECT_EQ(bar->name, bar->procName);
+    EXPECT_NE(bar->next->name, bar->next->procName);
+}
+
+TEST_F(FunctionList, DuplicateEntriesDroppedAndInstancesMarked)
+{
+    Project p;
+    p.Add("/s/a.c", "f", 4);
+    p.Add("/s/a.c", "f", 4);          // the same entry twice: one is dropped
+    p.Add("/s/a.c", "_Z1gv", 8);      // g() at line 8 ...
+    p.Add("/s/a.c", "_Z1gv", 8);
+    p.Add("/s/a.c", "_Z1gIiEvv", 8);  // ... no: another display name, not an instance
+    p.Add("/s/b.c", "_ZN1AC1Ev", 5);  // A::A() twice under two profile names
+    p.Add("/s/b.c", "_ZN1AC2Ev", 5);
+    std::vector<std::string> list = ListOf(SpiText(p));
+    EXPECT_EQ(list, (std::vector<std::string>{
+                        "/s/a.c|f|f|4|0|1|0|E",
+                        "/s/a.c|g()|_Z1gv|8|0|0|0|E",
+                        "/s/a.c|void g<int>()|_Z1gIiEvv|8|0|0|0|E",
+                        "/s/b.c|A::A()|_ZN1AC1Ev|5|0|1|1|E",
+                        "/s/b.c|A::A()|_ZN1AC2Ev|5|0|0|1|E",
+                    }));
+}
+
+TEST_F(FunctionList, OnlyModulesOfInterestAndEmptyFiles)
+{
+    Project p;
+    p.Add("/s/keep/a.c", "f", 1);
+    p.Add("/s/skip/b.c", "g", 1);
+    moduleName = {"keep"};
+    EXPECT_EQ(ListOf(SpiText(p)), (std::vector<std::string>{"/s/keep/a.c|f|f|1|0|1|0|E"}));
+    moduleName = {"~keep"};
+    EXPECT_TRUE(ListOf(SpiText(p)).empty());
+    moduleName.clear();
+    EXPECT_TRUE(ListOf("").empty());
+    EXPECT_EQ(componentList, nullptr);
+    // A last line without its newline still counts.
+    EXPECT_EQ(ListOf("a.c a.o f 3 2 E").size(), 1u);
+}
+
+TEST_F(FunctionList, UnreadableOrCorruptFilesEndTheRun)
+{
+    Captured missing = CaptureInChild([] { buildComponentList("/nowhere/x.spi"); });
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err, "ERROR: cannot open the SPI file, /nowhere/x.spi.\n");
+
+    Captured corrupt = CaptureInChild([] { ListOf("a.c a.o f 3 2 E\nV2 1 1\n"); });
+    EXPECT_EQ(corrupt.status, 1);
+    EXPECT_EQ(corrupt.err.substr(0, 26), "ERROR: corrupt SPI file /t");
+}
