@@ -147,3 +147,18 @@ TEST(RunInputs, UnwritableOutputFile)
     EXPECT_EQ(r.status, 1);
     ExpectSameBytes("stderr", BANNER + "Couldn't open file missing-dir/f.txt for output!\n", r.err);
 }
+
+TEST(RunInputs, RepeatedStaticProfileEntryIsReportedOnce)
+{
+    Scenario s;
+    s.write("a.c", "int x;\n\nint main(void)\n{\n    return 0;\n}\n");
+    Project p;
+    p.Add(s.path("a.c"), "main", 3).Blocks({{1, 3, 1}});
+    s.write("vemtra.dpi", DpiBytes(p));
+    s.write("vemtra.spi", SpiText(p) + SpiText(p));
+    RunResult r = s.run({"-nohtml", "-nopmeter", "-txtbcvrgfull", "full.txt"}, NO_PACKAGE);
+    EXPECT_EQ(r.status, 0) << r.err;
+    ExpectSameBytes("stderr", BANNER, r.err);
+    ExpectSameBytes("full.txt", "file - " + s.path("a.c") + "\nfunction - main\t1\n1\t3\t1\t           1\n",
+                    s.read("full.txt"));
+}
