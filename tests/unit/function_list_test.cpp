@@ -19,10 +19,25 @@ using namespace testsupport;
 
 namespace {
 
+// The run keeps its list to the end; a test that builds several frees each.
+void FreeList()
+{
+    while (componentList != nullptr) {
+        COMP *next = componentList->next;
+        if (componentList->name != componentList->procName)
+            free(componentList->name);
+        free(componentList->procName);
+        free(componentList->fileName);
+        free(componentList);
+        componentList = next;
+    }
+}
+
 // Builds the list from `spi` and describes each record as
 // "file|display|proc|line|blocks|first|dup|linkage".
 std::vector<std::string> ListOf(const std::string &spi)
 {
+    FreeList();
     std::string path = "/tmp/vemcov-fl-" + std::to_string(getpid()) + ".spi";
     WriteBytes(path, spi);
     buildComponentList(path.c_str());
@@ -44,7 +59,11 @@ protected:
         moduleName.clear();
         VEMTRA_Src_Root_Dir_Set(nullptr, 0);
     }
-    void TearDown() override { moduleName.clear(); }
+    void TearDown() override
+    {
+        moduleName.clear();
+        FreeList();
+    }
 };
 
 }  // namespace
