@@ -98,16 +98,15 @@ parser::~parser()
         fclose(input);
 }
 
-int parser::next_char()
+/* The slow path of next_char: the buffer is used up. */
+int parser::refill_and_next()
 {
-    if (bufferPos == bufferLen) {
-        if (input == nullptr)
-            return EOF;
-        bufferLen = fread(buffer.data(), 1, buffer.size(), input);
-        bufferPos = 0;
-        if (bufferLen == 0)
-            return EOF;
-    }
+    if (input == nullptr)
+        return EOF;
+    bufferLen = fread(buffer.data(), 1, buffer.size(), input);
+    bufferPos = 0;
+    if (bufferLen == 0)
+        return EOF;
     return buffer[bufferPos++];
 }
 

@@ -67,7 +67,10 @@ public:
     static void strip_comment(std::string &text);
 
     /* The next byte of the file, or EOF. */
-    int next_char();
+    int next_char()
+    {
+        return bufferPos < bufferLen ? buffer[bufferPos++] : refill_and_next();
+    }
 
     /* Whether the file was read. */
     bool is_active() const { return active != 0; }
@@ -78,6 +81,7 @@ public:
     const std::vector<comment_t> &marker_comments() const { return comments; }
 
 private:
+    int refill_and_next();
     void parse_for_cpp_comments();
     uint32_t registry_comment(comment_t &comment);
     void proceed_last_single_line_mark_as_function_block(uint64_t line);
