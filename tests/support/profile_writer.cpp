@@ -93,26 +93,24 @@ std::string SegmentPayload(const Project &p, const FunctionSpec &f, StringTable 
     Put32(out, f.blocks.size());
     Put32(out, f.other.size());
     Put32(out, f.value_sites.size());
+    // Version 3 keeps word B before an 8-byte attribute word; version 2
+    // reads a 4-byte attribute word first.
     if (wide) {
         Put32(out, f.word_b);
         Put64(out, f.attributes);
-        Put64(out, file_off);
-        Put64(out, func_off);
-        Put64(out, f.address);
-        Put64(out, f.vtable_address);
-        Put64(out, vtable_off);
     } else {
         Put32(out, f.attributes);
         Put32(out, f.word_b);
-        // 44 bytes as a version 2 writer lays them out: three 8-byte name
-        // offsets around the two addresses, then a 32-bit word.
-        Put64(out, file_off);
-        Put64(out, func_off);
-        Put64(out, f.address);
-        Put64(out, f.vtable_address);
-        Put64(out, vtable_off);
-        Put32(out, 0);
     }
+    // Version 2 has the same 8-byte fields here, then a 32-bit word: 44
+    // bytes that its reader composes in an overlapping way.
+    Put64(out, file_off);
+    Put64(out, func_off);
+    Put64(out, f.address);
+    Put64(out, f.vtable_address);
+    Put64(out, vtable_off);
+    if (!wide)
+        Put32(out, 0);
     for (const BlockSpec &b : f.blocks)
         Put(out, b.count, counter);
     for (uint64_t o : f.other)
