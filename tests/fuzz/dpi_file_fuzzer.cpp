@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include "shared/vemtra/client/dpi_file.h"
@@ -12,11 +13,15 @@
 #include "shared/vemtra/client/src_root.h"
 #include "tests/fuzz/fuzz_exit.h"
 
+/* The input lives in a memory file, opened by the reader through its
+ * /proc path like any other file, so that no input touches the disk. */
+static int input_fd = -1;
 static std::string input_path;
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    input_path = "/tmp/vemcov-fuzz-" + std::to_string(getpid()) + ".dpi";
+    input_fd = memfd_create("vemcov-fuzz.dpi", 0);
+    input_path = "/proc/self/fd/" + std::to_string(input_fd);
     VEMTRA_Src_Root_Dir_Set("/fuzz/root", 0);
     return 0;
 }
@@ -49,9 +54,8 @@ static void walk(DPI_FILE *dpi)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    FILE *out = fopen(input_path.c_str(), "wb");
-    fwrite(data, 1, size, out);
-    fclose(out);
+    if (ftruncate(input_fd, 0) != 0 || pwrite(input_fd, data, size, 0) != static_cast<ssize_t>(size))
+        return 0;
     DPI_FILE *dpi = nullptr;
     try {
         dpi = VEMTRA_Open_Dpi_File(input_path.c_str());
