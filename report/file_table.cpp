@@ -82,6 +82,22 @@ static void writePercentCell(FILE *page, double percent)
     fprintf(page, "<TD ALIGN=\"right\">%6.2f</TD>\n", roundHalfUp2(percent));
 }
 
+/* The second-row headers of the function or block columns: the total, and
+ * where they are shown the covered number and the percentage, which links
+ * to the page sorted by it. */
+static void writeColumnHeaders(FILE *page, SortType order, const char *name, const char *ext,
+                               bool detailed, const CoverageLabels &labels, SortColumn column,
+                               const char *sortedBy)
+{
+    fputs("<TH ALIGN=\"center\">total</TH>\n", page);
+    if (!detailed)
+        return;
+    fprintf(page, "<TH ALIGN=\"center\">%s</TH>\n", labels.covered);
+    std::string link = getVerHTMLname(name, sortHeaderLink(order, column), ext);
+    fprintf(page, "<TH ALIGN=\"center\"><a target=\"%s\" title=\"sort based on %s%%\" href=\"%s\">%s%%</a></TH>\n",
+            "_self", sortedBy, link.c_str(), labels.coverage);
+}
+
 /* The two header rows: the name, then function and block columns; the
  * covered and percentage columns only where they are shown. */
 static void writeTableHeader(FILE *page, SortType order, const char *name, const char *ext,
@@ -99,24 +115,9 @@ static void writeTableHeader(FILE *page, SortType order, const char *name, const
     fputs("</TR>\n", page);
 
     fputs(HEADER_ROW_START, page);
-    fputs("<TH ALIGN=\"center\">total</TH>\n", page);
-    if (detailed) {
-        fprintf(page, "<TH ALIGN=\"center\">%s</TH>\n", labels.covered);
-        link = getVerHTMLname(name, sortHeaderLink(order, SORT_COLUMN_COVERAGE), ext);
-        fprintf(page,
-                "<TH ALIGN=\"center\"><a target=\"%s\" title=\"sort based on %s%%\" "
-                "href=\"%s\">%s%%</a></TH>\n",
-                "_self", reference ? "miss rate" : "function coverage", link.c_str(), labels.coverage);
-    }
-    fputs("<TH ALIGN=\"center\">total</TH>\n", page);
-    if (detailed) {
-        fprintf(page, "<TH ALIGN=\"center\">%s</TH>\n", labels.covered);
-        link = getVerHTMLname(name, sortHeaderLink(order, SORT_COLUMN_BLOCKS), ext);
-        fprintf(page,
-                "<TH ALIGN=\"center\"><a target=\"%s\" title=\"sort based on block coverage%%\" "
-                "href=\"%s\">%s%%</a></TH>\n",
-                "_self", link.c_str(), labels.coverage);
-    }
+    writeColumnHeaders(page, order, name, ext, detailed, labels, SORT_COLUMN_COVERAGE,
+                       reference ? "miss rate" : "function coverage");
+    writeColumnHeaders(page, order, name, ext, detailed, labels, SORT_COLUMN_BLOCKS, "block coverage");
     fputs(TABLE_HEAD_END, page);
 }
 
