@@ -1,9 +1,9 @@
 // html_links.cpp -- following the links of a written report.
 #include "tests/support/html_links.h"
 
+#include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -11,12 +11,41 @@ namespace fs = std::filesystem;
 
 namespace testsupport {
 
+namespace {
+
+// True when `html` holds `attribute` (lower case) at `at`, in any letter case,
+// as a whole word.
+bool AttributeAt(const std::string &html, size_t at, const std::string &attribute)
+{
+    if (at > 0 && (isalnum(static_cast<unsigned char>(html[at - 1])) || html[at - 1] == '_'))
+        return false;
+    if (html.size() - at < attribute.size())
+        return false;
+    for (size_t i = 0; i < attribute.size(); ++i) {
+        if (tolower(static_cast<unsigned char>(html[at + i])) != attribute[i])
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
 std::vector<std::string> LinksOf(const std::string &html)
 {
-    static const std::regex link("\\b(?:href|src)=\"([^\"]*)\"", std::regex::icase);
     std::vector<std::string> links;
-    for (auto it = std::sregex_iterator(html.begin(), html.end(), link); it != std::sregex_iterator(); ++it)
-        links.push_back((*it)[1].str());
+    for (size_t at = 0; at < html.size(); ++at) {
+        for (const std::string attribute : {"href=\"", "src=\""}) {
+            if (!AttributeAt(html, at, attribute))
+                continue;
+            size_t start = at + attribute.size();
+            size_t end = html.find('"', start);
+            if (end == std::string::npos)
+                return links;
+            links.push_back(html.substr(start, end - start));
+            at = end;
+            break;
+        }
+    }
     return links;
 }
 
