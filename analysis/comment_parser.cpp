@@ -12,7 +12,8 @@ namespace {
 /* The parser's messages (standard error). "begining" is the program's own
  * spelling. */
 const char MSG_UNEXPECTED[] = "Unexpected issue, please contact developers\n";
-const char MSG_UNMATCHED_END[] = "WARNING: An ending marker in file %s, line %llu doesn't match any begining marker. Ignored\n";
+const char MSG_UNMATCHED_END[] =
+    "WARNING: An ending marker in file %s, line %llu doesn't match any begining marker. Ignored\n";
 
 const size_t READ_AHEAD = 65536;
 

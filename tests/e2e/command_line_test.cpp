@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/banner_text.h"
 #include "tests/support/scenario.h"
 
 using testsupport::ExpectSameBytes;
@@ -14,10 +15,7 @@ using testsupport::Scenario;
 
 namespace {
 
-const std::string BANNER =
-    "Tarsk(R) Compilers code-coverage tool for C, C++ and Fortran applications running on x86-64, "
-    "Version 1.0 Build 20250107 \n"
-    "Copyright (C) 2025 Tarsk Compilers. All rights reserved.\n";
+const std::string &BANNER = testsupport::BANNER_LINES;
 
 struct HelpEntry {
     const char *option;

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/banner_text.h"
 #include "tests/support/profile_writer.h"
 #include "tests/support/scenario.h"
 
@@ -18,11 +19,8 @@ using testsupport::Scenario;
 
 namespace {
 
-const std::string BANNER =
-    "Tarsk(R) Compilers code-coverage tool for C, C++ and Fortran applications running on x86-64, "
-    "Version 1.0 Build 20250107 \n"
-    "Copyright (C) 2025 Tarsk Compilers. All rights reserved.\n"
-    "\n";
+// The banner and the option parser's empty line.
+const std::string BANNER = testsupport::BANNER_LINES + "\n";
 
 // One block record of the text file and its XML instance, for counts that
 // fit the 12-column field.
@@ -39,6 +37,12 @@ std::string Block(int line, int col, const std::vector<std::string> &counts)
         xml += "<INSTANCE id=\"" + std::to_string(i + 1) + "\" freq=\"" + std::string(12 - counts[i].size(), ' ') +
                counts[i] + "\">\n</INSTANCE>\n";
     return xml + "</BLOCK>\n";
+}
+
+// Runs vemcov with no compiler package along PATH, so the banner is fixed.
+RunResult RunVemcov(const Scenario &scenario, const std::vector<std::string> &args)
+{
+    return scenario.run(args, testsupport::NO_PACKAGE_ENV);
 }
 
 void WriteProfiles(Scenario &scenario, const Project &project)
@@ -134,8 +138,9 @@ TEST(FullBlockFiles, ProjectWithMarkers)
     const std::string app = scenario.path("src/app.c"), box = scenario.path("src/box.h");
     const std::string lost = scenario.path("src/lost.c"), noline = scenario.path("src/noline.c");
 
-    RunResult run = scenario.run(
-        Args({"-nohtml", "-prj", "demo<&>", "-txtbcvrgfull", "full.txt", "-xmlbcvrgfull", "full.xml"}, MARKERS));
+    RunResult run = RunVemcov(scenario, Args({"-nohtml", "-prj", "demo<&>", "-txtbcvrgfull", "full.txt",
+                                              "-xmlbcvrgfull", "full.xml"},
+                                             MARKERS));
     EXPECT_EQ(run.status, 0);
     // Nine functions: the meter reports at every tick. The missing source
     // is reported on standard output between two ticks.
@@ -193,9 +198,9 @@ TEST(FullBlockFiles, ProjectWithMarkers)
     ExpectSameBytes("full.xml", xml, outputs["full.xml"]);
 
     // -nopartial changes coverage numbers, never the counts in the files.
-    RunResult again = scenario.run(Args({"-nohtml", "-nopmeter", "-nopartial", "-prj", "demo<&>", "-txtbcvrgfull",
-                                         "full.txt", "-xmlbcvrgfull", "full.xml"},
-                                        MARKERS));
+    RunResult again = RunVemcov(scenario, Args({"-nohtml", "-nopmeter", "-nopartial", "-prj", "demo<&>",
+                                                "-txtbcvrgfull", "full.txt", "-xmlbcvrgfull", "full.xml"},
+                                               MARKERS));
     EXPECT_EQ(again.status, 0);
     ExpectSameBytes("stdout without meter", "\nWarning - File " + lost + " not found!\n", again.out);
     outputs = scenario.outputs();
@@ -238,8 +243,8 @@ TEST(FullBlockFiles, DifferentialRunKeepsCountsAsRead)
     reference.Add(calc, "dvd", 13).Blocks({{0, 14, 1}});
     scenario.write("ref.dpi", testsupport::DpiBytes(reference));
 
-    RunResult run = scenario.run({"-nohtml", "-nopmeter", "-nopartial", "-ref", "ref.dpi", "-txtbcvrgfull",
-                                  "diff.txt", "-xmlbcvrgfull", "diff.xml"});
+    RunResult run = RunVemcov(scenario, {"-nohtml", "-nopmeter", "-nopartial", "-ref", "ref.dpi",
+                                         "-txtbcvrgfull", "diff.txt", "-xmlbcvrgfull", "diff.xml"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out, "");
     ExpectSameBytes("stderr", "WARNING: option -ref overrides option -nopartial.\n" + BANNER, run.err);
@@ -277,7 +282,7 @@ TEST(FullBlockFiles, UnusualSourcesAreReadAsText)
     p.Add(scenario.path("src/huge.c"), "f", 2).Blocks({{1, 1, 1048577}, {1, 2, 1}});
     WriteProfiles(scenario, p);
 
-    RunResult run = scenario.run({"-nohtml", "-nopmeter", "-onelinedsbl", "NF", "-txtbcvrgfull", "odd.txt"});
+    RunResult run = RunVemcov(scenario, {"-nohtml", "-nopmeter", "-onelinedsbl", "NF", "-txtbcvrgfull", "odd.txt"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.err, BANNER);
@@ -299,7 +304,7 @@ TEST(FullBlockFiles, ProfileWithoutRunsIsCorrupt)
     p.runs = 0;
     p.Add(scenario.path("a.c"), "a", 1).Blocks({{0, 1, 1}});
     WriteProfiles(scenario, p);
-    RunResult run = scenario.run({"-nohtml", "-txtbcvrgfull", "z.txt"});
+    RunResult run = RunVemcov(scenario, {"-nohtml", "-txtbcvrgfull", "z.txt"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.out, "");
     ExpectSameBytes("stderr", BANNER + "Read in 0 runs for .dpi file - .dpi File corrupt!\n", run.err);

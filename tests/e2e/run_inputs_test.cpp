@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/banner_text.h"
 #include "tests/support/profile_writer.h"
 #include "tests/support/scenario.h"
 
@@ -14,13 +15,9 @@ namespace {
 
 // What the option parser prints before anything else, with no compiler
 // package on PATH.
-const std::string BANNER =
-    "Tarsk(R) Compilers code-coverage tool for C, C++ and Fortran applications running on x86-64, "
-    "Version 1.0 Build 20250107 \n"
-    "Copyright (C) 2025 Tarsk Compilers. All rights reserved.\n"
-    "\n";
+const std::string BANNER = BANNER_LINES + "\n";
 
-const std::map<std::string, std::string> NO_PACKAGE = {{"PATH", "/nonexistent"}};
+const std::map<std::string, std::string> &NO_PACKAGE = NO_PACKAGE_ENV;
 
 // One function of one module, in both profiles.
 Project OneFunction()
