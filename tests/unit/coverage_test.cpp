@@ -73,7 +73,6 @@ struct Case {
     std::vector<Entry> entries;       // sorted by file
     std::vector<std::string> oneLine, begin, end;
     bool noPartial = false;
-    bool fullFiles = true;
 };
 
 std::string Path(const Case &c, const std::string &relative)
@@ -112,23 +111,10 @@ void PrintTables()
     printf("\n");
 }
 
-std::string ReadAll(const std::string &path)
-{
-    std::string text;
-    if (FILE *f = fopen(path.c_str(), "rb")) {
-        char buffer[4096];
-        size_t n;
-        while ((n = fread(buffer, 1, sizeof buffer, f)) > 0)
-            text.append(buffer, n);
-        fclose(f);
-    }
-    return text;
-}
-
 // Runs the driver's module loop over the case in a child and returns what
 // it printed: per module the result, the percentages, the tables and the
-// store's positions; then the file list, the run totals and the two full
-// files.
+// store's positions; then the file list and the run totals. (The full block
+// files are compared by the end-to-end tests.)
 Captured RunCase(Case &c)
 {
     std::string command = "rm -rf '" + c.dir + "' && mkdir -p '" + c.dir + "'";
@@ -152,11 +138,6 @@ Captured RunCase(Case &c)
             pgofRefDPIFile = VEMTRA_Open_Dpi_File(refName.c_str());
         }
         g_bNoPartial = c.noPartial;
-        std::string txtName = Path(c, "full.txt"), xmlName = Path(c, "full.xml");
-        if (c.fullFiles) {
-            outtxt = fopen(txtName.c_str(), "w");
-            outxml = fopen(xmlName.c_str(), "w");
-        }
 
         std::vector<COMP> comps(c.entries.size());
         std::vector<std::string> files(c.entries.size());
@@ -199,12 +180,6 @@ Captured RunCase(Case &c)
                    f->blockPercent);
         printf("totals files=%u/%u procs=%u/%u blocks=%u/%u\n", totalNumberOfFilesCovered, totalNumberOfFiles,
                totalNumberOfProcsCovered, totalNumberOfProcs, totalNumberOfBlocksCovered, totalNumberOfBlocks);
-        if (c.fullFiles) {
-            fclose(outtxt);
-            fclose(outxml);
-            outtxt = outxml = nullptr;
-            printf("--- txt\n%s--- xml\n%s", ReadAll(txtName).c_str(), ReadAll(xmlName).c_str());
-        }
         fflush(stdout);
     });
 }
@@ -297,40 +272,7 @@ TEST(Coverage, CoveredPartialAndNeverCalledFunctions)
               "  positions: 2:1=0(1/0/1)\n"
               "file a.c flags=5 funcs=2/3 66.6667 blocks=2/9 22.2222\n"
               "file b.c flags=5 funcs=1/1 100.0000 blocks=0/1 0.0000\n"
-              "totals files=2/2 procs=3/4 blocks=2/10\n"
-              "--- txt\n"
-              "file - " + a + "\n"
-              "function - main\t4\n"
-              "1\t10\t1\t           4\n"
-              "1\t11\t5\t           0\n"
-              "1\t12\t3\t           0\n"
-              "2\t12\t3\t           6\n"
-              "function - never\t0\n"
-              "function - ran_nothing\t0\n"
-              "1\t20\t1\t           0\n"
-              "1\t21\t2\t           0\n"
-              "file - " + b + "\n"
-              "function - only_b\t0\n"
-              "1\t2\t1\t           0\n"
-              "--- xml\n"
-              "<MODULE name = \"" + a + "\">\n"
-              "<FUNCTION name=\"main\" freq=\"4\">\n"
-              "<BLOCK line=\"10\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           4\">\n</INSTANCE>\n</BLOCK>\n"
-              "<BLOCK line=\"11\" col=\"5\">\n<INSTANCE id=\"1\" freq=\"           0\">\n</INSTANCE>\n</BLOCK>\n"
-              "<BLOCK line=\"12\" col=\"3\">\n<INSTANCE id=\"1\" freq=\"           0\">\n</INSTANCE>\n"
-              "<INSTANCE id=\"2\" freq=\"           6\">\n</INSTANCE>\n</BLOCK>\n"
-              "</FUNCTION>\n"
-              "<FUNCTION name=\"never\" freq=\"0\" line=\"25\"></FUNCTION>\n"
-              "<FUNCTION name=\"ran_nothing\" freq=\"0\">\n"
-              "<BLOCK line=\"20\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           0\">\n</INSTANCE>\n</BLOCK>\n"
-              "<BLOCK line=\"21\" col=\"2\">\n<INSTANCE id=\"1\" freq=\"           0\">\n</INSTANCE>\n</BLOCK>\n"
-              "</FUNCTION>\n"
-              "</MODULE>\n"
-              "<MODULE name = \"" + b + "\">\n"
-              "<FUNCTION name=\"only_b\" freq=\"0\">\n"
-              "<BLOCK line=\"2\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           0\">\n</INSTANCE>\n</BLOCK>\n"
-              "</FUNCTION>\n"
-              "</MODULE>\n");
+              "totals files=2/2 procs=3/4 blocks=2/10\n");
     Cleanup(c);
 }
 
@@ -369,26 +311,7 @@ TEST(Coverage, InfeasibleLinesExcessBlocksAndMissingLineInformation)
               "  uncovered:\n"
               "  positions: 5:1=3(1/1/0) 6:4=2(1/1/0) 7:0=7(1/1/0) 8:2=0(1/0/1) 12:1=5(2/1/1)\n"
               "file m.c flags=5 funcs=2/2 100.0000 blocks=2/4 50.0000\n"
-              "totals files=1/1 procs=2/2 blocks=2/4\n"
-              "--- txt\n"
-              "file - " + m + "\n"
-              "function - f\t3\n"
-              "1\t5\t1\t           3\n"
-              "1\t8\t2\t           0\n"
-              "function - noinfo\t5\n"
-              "1\t12\t1\t           0\n"
-              "2\t12\t1\t           5\n"
-              "--- xml\n"
-              "<MODULE name = \"" + m + "\">\n"
-              "<FUNCTION name=\"f\" freq=\"3\">\n"
-              "<BLOCK line=\"5\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           3\">\n</INSTANCE>\n</BLOCK>\n"
-              "<BLOCK line=\"8\" col=\"2\">\n<INSTANCE id=\"1\" freq=\"           0\">\n</INSTANCE>\n</BLOCK>\n"
-              "</FUNCTION>\n"
-              "<FUNCTION name=\"noinfo\" freq=\"5\">\n"
-              "<BLOCK line=\"12\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           0\">\n</INSTANCE>\n"
-              "<INSTANCE id=\"2\" freq=\"           5\">\n</INSTANCE>\n</BLOCK>\n"
-              "</FUNCTION>\n"
-              "</MODULE>\n");
+              "totals files=1/1 procs=2/2 blocks=2/4\n");
     Cleanup(c);
 }
 
@@ -410,7 +333,6 @@ TEST(Coverage, ExecutedInstanceSupersedesUnexecutedOnes)
                  {"t.h", "min", "_Z3minIiET_S0_S0_", 9, 1, 1},
                  {"t.h", "min", "_Z3minIlET_S0_S0_", 9, 1, 1},
                  {"t.h", "solo", "solo", 15, 1}};
-    c.fullFiles = false;
     Captured run = RunCase(c);
     EXPECT_EQ(run.status, 0);
     // max is listed once, as covered; min once, as uncovered. The totals
@@ -433,7 +355,6 @@ TEST(Coverage, NoPartialCountsTheSiblingsOfAnExecutedBlock)
     std::string p = Path(c, "p.c");
     c.profile.Add(p, "f", 2).Blocks({{0, 3, 2}, {0, 3, 2}, {5, 3, 2}, {0, 3, 2}, {0, 4, 1}});
     c.entries = {{"p.c", "f", "f", 2, 5}};
-    c.fullFiles = false;
     c.noPartial = true;
     Captured run = RunCase(c);
     EXPECT_EQ(run.status, 0);
@@ -492,49 +413,7 @@ TEST(Coverage, DifferentialAgainstAReference)
               "file new.c flags=3 funcs=1/1 100.0000 blocks=1/1 100.0000\n"
               "file old.c flags=5 funcs=2/4 50.0000 blocks=2/7 28.5714\n"
               "file same.c flags=1 funcs=0/1 0.0000 blocks=0/1 0.0000\n"
-              "totals files=1/3 procs=3/6 blocks=3/9\n"
-              "--- txt\n"
-              "file - " + n + "\n"
-              "function - brand_new\t1\n"
-              "1\t2\t1\t           1\n"
-              "file - " + o + "\n"
-              "function - fresh\t2\n"
-              "1\t8\t1\t           2\n"
-              "1\t9\t1\t           0\n"
-              "function - idle\t0\n"
-              "1\t12\t1\t           0\n"
-              "function - known\t1\n"
-              "1\t3\t1\t           1\n"
-              "1\t4\t1\t           7\n"
-              "1\t5\t1\t           0\n"
-              "file - " + s + "\n"
-              "function - same\t3\n"
-              "1\t2\t1\t           3\n"
-              "--- xml\n"
-              "<MODULE name = \"" + n + "\">\n"
-              "<FUNCTION name=\"brand_new\" freq=\"1\">\n"
-              "<BLOCK line=\"2\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           1\">\n</INSTANCE>\n</BLOCK>\n"
-              "</FUNCTION>\n"
-              "</MODULE>\n"
-              "<MODULE name = \"" + o + "\">\n"
-              "<FUNCTION name=\"fresh\" freq=\"2\">\n"
-              "<BLOCK line=\"8\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           2\">\n</INSTANCE>\n</BLOCK>\n"
-              "<BLOCK line=\"9\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           0\">\n</INSTANCE>\n</BLOCK>\n"
-              "</FUNCTION>\n"
-              "<FUNCTION name=\"idle\" freq=\"0\">\n"
-              "<BLOCK line=\"12\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           0\">\n</INSTANCE>\n</BLOCK>\n"
-              "</FUNCTION>\n"
-              "<FUNCTION name=\"known\" freq=\"1\">\n"
-              "<BLOCK line=\"3\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           1\">\n</INSTANCE>\n</BLOCK>\n"
-              "<BLOCK line=\"4\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           7\">\n</INSTANCE>\n</BLOCK>\n"
-              "<BLOCK line=\"5\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           0\">\n</INSTANCE>\n</BLOCK>\n"
-              "</FUNCTION>\n"
-              "</MODULE>\n"
-              "<MODULE name = \"" + s + "\">\n"
-              "<FUNCTION name=\"same\" freq=\"3\">\n"
-              "<BLOCK line=\"2\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           3\">\n</INSTANCE>\n</BLOCK>\n"
-              "</FUNCTION>\n"
-              "</MODULE>\n");
+              "totals files=1/3 procs=3/6 blocks=3/9\n");
     Cleanup(c);
 }
 
@@ -547,7 +426,6 @@ TEST(Coverage, MissingSourceAndZeroRuns)
     c.profile.Add(gone, "g", 1).Blocks({{1, 1, 1}});
     c.profile.Add(Path(c, "here.c"), "h", 1).Blocks({{1, 1, 1}});
     c.entries = {{"gone.c", "g", "g", 1, 1}, {"here.c", "h", "h", 1, 1}};
-    c.fullFiles = false;
     Captured run = RunCase(c);
     EXPECT_EQ(run.status, 0);
     // The missing module is refused before any counting; it stays in the
