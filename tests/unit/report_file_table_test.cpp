@@ -104,7 +104,7 @@ const std::vector<FileSpec> THREE_FILES = {
 
 // Writes one table page in a child, in a fresh report directory, with the
 // owner set as the option parser would; returns the child's result.
-Captured WriteTable(const ScratchDir &dir, const std::function<bool()> &write, bool reference = false)
+Captured WriteTable(const ScratchDir &dir, const std::function<bool()> &write)
 {
     return CaptureInChild([&] {
         if (chdir(dir.path().c_str()) != 0)
@@ -112,7 +112,6 @@ Captured WriteTable(const ScratchDir &dir, const std::function<bool()> &write, b
         mkdir("CodeCoverage", 0777);
         g_lpszMailAddr = const_cast<char *>("qa@example.com");
         g_lpszMailName = const_cast<char *>("QA Team");
-        compWithRef = reference ? 1 : 0;
         if (!write())
             _exit(7);
     });
@@ -226,57 +225,6 @@ TEST(ReportFileTable, UncoveredTableShowsTotalsOnly)
         "</TR>\n" + FRAME_END + FOOT;
     ExpectSameBytes("CodeCoverage/__UNCOVERED_FILES_COVERAGE_2.HTML", expected,
                     dir.read("CodeCoverage/__UNCOVERED_FILES_COVERAGE_2.HTML"));
-}
-
-TEST(ReportFileTable, ReferenceRunLabelsAndEveryOrdersLinks)
-{
-    ScratchDir dir;
-    FileList files(THREE_FILES);
-    Captured run = WriteTable(dir, [&] {
-        return bCreateUnCovProfMain("__Uncovered_Files_Coverage", "html", nullptr, files.count(), files.array());
-    }, true);
-    ASSERT_EQ(run.status, 0) << run.err;
-    // With a reference profile the uncovered table has every order and all
-    // columns, with the differential labels.
-    struct Links {
-        int page, name, function, block;
-    } links[] = {{4, 2, 5, 6}, {2, 4, 5, 6}, {5, 4, 1, 6}, {1, 4, 5, 0}, {6, 4, 5, 0}, {0, 4, 1, 6}};
-    for (const Links &link : links) {
-        std::string page = dir.read("CodeCoverage/__UNCOVERED_FILES_COVERAGE_" + std::to_string(link.page) + ".HTML");
-        ASSERT_FALSE(page.empty()) << link.page;
-        EXPECT_NE(page.find("title=\"sort based on file name\" href=\"__UNCOVERED_FILES_COVERAGE_" +
-                            std::to_string(link.name) + ".HTML\">Name</a>"),
-                  std::string::npos) << link.page;
-        EXPECT_NE(page.find("<TH ALIGN=\"center\"><a target=\"_self\" title=\"sort based on miss rate%\" "
-                            "href=\"__UNCOVERED_FILES_COVERAGE_" + std::to_string(link.function) +
-                            ".HTML\">miss%</a></TH>\n"),
-                  std::string::npos) << link.page;
-        EXPECT_NE(page.find("<TH ALIGN=\"center\"><a target=\"_self\" title=\"sort based on block coverage%\" "
-                            "href=\"__UNCOVERED_FILES_COVERAGE_" + std::to_string(link.block) +
-                            ".HTML\">miss%</a></TH>\n"),
-                  std::string::npos) << link.page;
-        EXPECT_NE(page.find("<TH ALIGN=\"center\">missed</TH>\n"), std::string::npos);
-        EXPECT_NE(page.find("<TH ALIGN=\"center\" COLSPAN=\"3\">Functions</TH>\n"), std::string::npos);
-    }
-    EXPECT_FALSE(dir.exists("CodeCoverage/__UNCOVERED_FILES_COVERAGE_3.HTML"));
-}
-
-TEST(ReportFileTable, PagesOfEachTable)
-{
-    ScratchDir dir;
-    FileList files(THREE_FILES);
-    Captured run = WriteTable(dir, [&] {
-        return bCreateCovProfMain("__Covered_Files_Coverage", "html", nullptr, files.count(), files.array())
-            && bCreateUnCovProfMain("__Uncovered_Files_Coverage", "html", nullptr, files.count(), files.array());
-    });
-    ASSERT_EQ(run.status, 0) << run.err;
-    for (int page : {0, 1, 2, 4, 5, 6})
-        EXPECT_TRUE(dir.exists("CodeCoverage/__COVERED_FILES_COVERAGE_" + std::to_string(page) + ".HTML")) << page;
-    EXPECT_FALSE(dir.exists("CodeCoverage/__COVERED_FILES_COVERAGE_3.HTML"));
-    for (int page : {2, 4})
-        EXPECT_TRUE(dir.exists("CodeCoverage/__UNCOVERED_FILES_COVERAGE_" + std::to_string(page) + ".HTML"));
-    for (int page : {0, 1, 3, 5, 6})
-        EXPECT_FALSE(dir.exists("CodeCoverage/__UNCOVERED_FILES_COVERAGE_" + std::to_string(page) + ".HTML"));
 }
 
 TEST(ReportFileTable, Failures)

@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include "analysis/coverage_state.h"
 #include "driver/settings.h"
 #include "report/summary.h"
 #include "tests/support/capture.h"
@@ -163,35 +162,6 @@ TEST(ReportSummary, RootFramesetForEachCombinationOfTables)
                     head + "<frameset rows=\"30%, *\">\n" + summary + "<frameset cols=\"50%, *\">\n" + covered +
                         uncovered + end,
                     root(coveredName, uncoveredName, true));
-}
-
-TEST(ReportSummary, CreateSummaryWritesBothPagesFromTheRunTotals)
-{
-    ScratchDir dir;
-    Captured run = CaptureInChild([&] {
-        if (chdir(dir.path().c_str()) != 0)
-            _exit(90);
-        mkdir("CodeCoverage", 0777);
-        totalNumberOfFiles = 4;
-        totalNumberOfFilesCovered = 1;
-        totalNumberOfProcs = 8;
-        totalNumberOfProcsCovered = 2;
-        totalNumberOfBlocks = 3000;
-        totalNumberOfBlocksCovered = 1001;
-        if (!bCreateSummary("P", "Code_Coverage", "__Code_Coverage", nullptr, "__Uncovered_Files_Coverage", "html"))
-            _exit(7);
-    });
-    ASSERT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(run.out + run.err, "");
-    std::string page = dir.read("CodeCoverage/__CODE_COVERAGE.HTML");
-    EXPECT_NE(page.find(std::string(DATA_ROW) + Cells("4", "1", "3", " 25.00") + Cells("8", "2", "6", " 25.00") +
-                        Cells("3,000", "1,001", "1,999", " 33.37")),
-              std::string::npos);
-    EXPECT_NE(page.find("Coverage Summary of P</h3>\n"), std::string::npos);
-    std::string root = dir.read("CODE_COVERAGE.HTML");
-    EXPECT_EQ(root.rfind("<html>\n<head>\n<title>Tarsk&#174; Compilers code-coverage information for P</title>\n", 0),
-              0u);
-    EXPECT_NE(root.find("<frameset cols=\"100%, *\">\n"), std::string::npos);
 }
 
 TEST(ReportSummary, PagesThatCannotBeCreated)

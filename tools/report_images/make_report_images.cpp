@@ -7,9 +7,9 @@
 //
 // Each image has a fixed byte size. The pixels are encoded as they are, and
 // the file is brought to its size by padding that leaves the picture alone:
-// a comment extension in the GIF89a images, and the LZW data cut into more
-// sub-blocks (and, if that is not enough, the code table cleared more often)
-// in the GIF87a logo, which cannot carry extensions.
+// a comment extension in the GIF89a images; in the GIF87a logo, which
+// cannot carry extensions, clear codes emitted more often than needed and,
+// for any bytes still missing, single-byte sub-blocks.
 #include <cstdio>
 #include <cstring>
 #include <fstream>
