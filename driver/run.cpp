@@ -10,9 +10,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "analysis/call_graph_text.h"
 #include "analysis/comment_parser.h"
 #include "analysis/coverage.h"
 #include "analysis/coverage_state.h"
+#include "analysis/fast_coverage.h"
 #include "driver/banner.h"
 #include "driver/component_file.h"
 #include "driver/console.h"
@@ -117,6 +119,27 @@ static void freeSettingStrings()
     freeSetting(g_lpszMailName);
 }
 
+/* Step 14: the fast road: each requested text or XML coverage file straight
+ * from the dynamic profile, in the order -txtfcvrg, -xmlfcvrg, -txtbcvrg,
+ * -xmlbcvrg, then the call graph. */
+static void writeFastFiles(const OutputFiles &outputs)
+{
+    const struct {
+        FILE *stream;
+        int kind;
+    } files[] = {
+        {outputs.txtFunctions, FAST_TXT_FUNCTIONS},
+        {outputs.xmlFunctions, FAST_XML_FUNCTIONS},
+        {outputs.txtBlocks, FAST_TXT_BLOCKS},
+        {outputs.xmlBlocks, FAST_XML_BLOCKS},
+    };
+    for (const auto &file : files)
+        if (file.stream != nullptr && !bOutputFunctionBlockFastCoverage(file.stream, file.kind))
+            tvx_Exit(1);
+    if (g_bCallGraph && !CallGraph(outputs.callGraph))
+        tvx_Exit(1);
+}
+
 /* Step 16: the full road, module by module: order the module's functions,
  * find its infeasible lines, compute its coverage (which also writes its part
  * of the full block files), then release its state. The meter counts every
@@ -204,6 +227,8 @@ int vemcov_Run(int argc, char **argv)
         startProgressMeter(numComponents);
         analyseModules();
         finishReport();
+    } else {
+        writeFastFiles(outputs);
     }
 
     closeOutputFiles(&outputs);
