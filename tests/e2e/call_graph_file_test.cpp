@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/banner_text.h"
 #include "tests/support/profile_writer.h"
 #include "tests/support/scenario.h"
 
@@ -14,16 +15,11 @@ using namespace testsupport;
 
 namespace {
 
-const std::string BANNER =
-    "Tarsk(R) Compilers code-coverage tool for C, C++ and Fortran applications running on x86-64, "
-    "Version 1.0 Build 20250107 \n"
-    "Copyright (C) 2025 Tarsk Compilers. All rights reserved.\n";
-
 void ExpectOnlyCallGraph(const Scenario &s, const RunResult &r, const std::string &expected)
 {
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out, "\n");
-    EXPECT_EQ(r.err, BANNER + "\n");
+    EXPECT_EQ(r.err, BANNER_LINES + "\n");
     std::map<std::string, std::string> outputs = s.outputs();
     EXPECT_EQ(outputs.size(), 1u) << "only the call-graph file: no HTML report";
     EXPECT_FALSE(s.exists("CodeCoverage"));
@@ -63,7 +59,7 @@ TEST(CallGraphFile, DirectIndirectAndVirtualCalls)
     s.write("vemtra.spi", SpiText(p));
     s.write("vemtra.dpi", DpiBytes(p));
 
-    RunResult r = s.run({"-txtdcg", "cg.txt"});
+    RunResult r = s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV);
     ExpectOnlyCallGraph(s, r,
                         ".module 0 \"/src/a.c\"\n"
                         "    .function \"helper\" 0 1 4\n"
@@ -114,7 +110,7 @@ TEST(CallGraphFile, DuplicateDefinitionsAndFunctionsDefinedInTwoFiles)
     s.write("vemtra.spi", SpiText(p));
     s.write("vemtra.dpi", DpiBytes(p));
 
-    RunResult r = s.run({"-txtdcg", "cg.txt"});
+    RunResult r = s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV);
     ExpectOnlyCallGraph(s, r,
                         ".module 0 \"/src/a.c\"\n"
                         "    .function \"inl\" 0 0 4\n"
@@ -144,8 +140,8 @@ TEST(CallGraphFile, CorruptStaticProfileLine)
     spi.insert(spi.size() - 1, " 0 2");
     s.write("vemtra.spi", spi);
     s.write("vemtra.dpi", DpiBytes(p));
-    RunResult r = s.run({"-txtdcg", "cg.txt"});
+    RunResult r = s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV);
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, BANNER + "\nvemcov: ERROR: corrupt spi file 'vemtra.spi', line 1\n");
+    EXPECT_EQ(r.err, BANNER_LINES + "\nvemcov: ERROR: corrupt spi file 'vemtra.spi', line 1\n");
     EXPECT_EQ(s.read("cg.txt"), "");
 }

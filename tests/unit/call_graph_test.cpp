@@ -218,25 +218,14 @@ TEST_F(CallGraphTest, BuildsNodesAndEdgesFromBothProfiles)
     EXPECT_EQ(ext, Node("/src/b.c", "ext"));         // created as main's callee, defined in b.c
     EXPECT_EQ(helperB, Node("/src/b.c", "helper"));
     EXPECT_EQ(cold, Node("/src/b.c", "cold"));
-    for (size_t i = 0; i < nodes.size(); i++) {
-        EXPECT_EQ(nodes[i]->number, i);
-        EXPECT_TRUE(nodes[i]->flags & VEMTRA_ENTRY_DEFINED) << nodes[i]->name;
-        EXPECT_EQ(nodes[i]->next_same_key, nullptr);
-    }
-    EXPECT_EQ(main_->line, 3);
-    EXPECT_EQ(main_->frequency, 5.0f);  // entry block 10 / 2 runs
-    EXPECT_EQ(helperA->frequency, 2.0f);
+    // What the dump does not show: flags, in-lists, the callee of each edge.
+    for (entry *n : nodes)
+        EXPECT_TRUE(n->flags & VEMTRA_ENTRY_DEFINED) << n->name;
     EXPECT_EQ(helperA->flags & VEMTRA_ENTRY_STATIC, VEMTRA_ENTRY_STATIC);
-    EXPECT_EQ(ext->frequency, 4.0f);
     EXPECT_EQ(ext->flags, VEMTRA_ENTRY_DEFINED | VEMTRA_ENTRY_FLAG2);
     EXPECT_EQ(ext->word_b, 0x33u);
     EXPECT_EQ(cold->line, 40);
     EXPECT_EQ(cold->frequency, 0.0f);
-
-    // Edges go to the front of both lists; the indirect site has none.
-    EXPECT_EQ(OutEdges(main_), (std::vector<std::string>{"helper:11:5", "ext:8:0", "helper:7:3"}));
-    EXPECT_EQ(OutEdges(helperA), (std::vector<std::string>{"ext:1:2"}));
-    EXPECT_EQ(OutEdges(ext), (std::vector<std::string>{"helper:2:4"}));
     EXPECT_EQ(ext->out_edges->callee, helperB);
     EXPECT_EQ(OutEdges(cold), (std::vector<std::string>{"ext:1:0"}));  // no segment: frequency 0
     EXPECT_EQ(InEdges(helperA), (std::vector<std::string>{"main:11", "main:7"}));
@@ -266,13 +255,10 @@ TEST_F(CallGraphTest, DuplicatesChainsAndSkippedCallees)
     ASSERT_NE(inlA, nullptr);
     ASSERT_NE(inlB, nullptr);
     EXPECT_EQ(inlA->next_same_key, inlB);
-    EXPECT_EQ(inlA->frequency, 6.0f);
-    EXPECT_EQ(inlB->frequency, 3.0f);
     EXPECT_EQ(inlA->out_edges, nullptr);
     EXPECT_EQ(inlA->in_edges, nullptr);
     EXPECT_EQ(OutEdges(inlB), (std::vector<std::string>{"f:6:3", "f:1:6"}));
     EXPECT_EQ(InEdges(inlB), (std::vector<std::string>{"user:4"}));
-    EXPECT_EQ(OutEdges(Node("/src/a.c", "user")), (std::vector<std::string>{"inl:4:2"}));
     std::vector<entry *> nodes = Nodes();
     ASSERT_EQ(nodes.size(), 6u);  // inl, f, user, inl (b.c), caller, q...
     EXPECT_EQ(nodes[5]->module, nullptr);
