@@ -26,6 +26,7 @@
 #include "driver/usage.h"
 #include "report/coverage_store.h"
 #include "report/file_table.h"
+#include "report/line_coverage.h"
 #include "report/naming.h"
 #include "report/summary.h"
 #include "report/toolbar.h"
@@ -141,17 +142,17 @@ static void writeFastFiles(const OutputFiles &outputs)
 }
 
 /* Step 16: the full road, module by module: order the module's functions,
- * find its infeasible lines, compute its coverage (which also writes its part
- * of the full block files), then release its state. The meter counts every
- * component. */
+ * find its infeasible lines, compute its coverage (which also writes its
+ * part of the full block files), write its pages, then release its state.
+ * The meter counts every component. */
 static void analyseModules()
 {
+    ListingWorkArea listingWork;
     for (COMP *first = componentList; first != nullptr;) {
         order_func(first);
         pars = new parser(first->fileName, one_line_disable, start_disable_block, end_disable_block);
-        if (markBlocks(first) && !g_bNoHTML) {
-            /* The module's annotated listing is written here. */
-        }
+        if (markBlocks(first) && !g_bNoHTML && !bOutputLineCoverage(g_lpszOutFileExt, &listingWork))
+            tvx_Exit(1);
         delete pars;
         pars = nullptr;
         tickProgressMeter();

@@ -187,6 +187,13 @@ bool coverage_list::bFetchHitCount(uint32_t line, uint32_t column, uint64_t *cou
     return node != nullptr;
 }
 
+const block_list_node *coverage_list::linePositions(uint32_t line) const
+{
+    if (currentFile == nullptr || currentFile->lineTable == nullptr || line >= currentFile->lineSlots)
+        return nullptr;
+    return currentFile->lineTable[line];
+}
+
 int coverage_list::uiGetFilenames(int *coveredCountOut, filename_list_node ***coveredListOut,
                                   int *uncoveredCountOut, filename_list_node ***uncoveredListOut)
 {

@@ -88,6 +88,12 @@ public:
                         bool *newFunctionOut, uint32_t *numBlocksOut, uint32_t *numExecutedOut,
                         bool *lastBlockAdjustedOut);
 
+    /* The first recorded position of `line` in the current file, in the
+     * order bFetchHitCount walks them, or null when the line has none or
+     * cannot be fetched (no table, or `line` not below lineSlots). Lets a
+     * reader skip the lookups of lines without positions. */
+    const block_list_node *linePositions(uint32_t line) const;
+
     /* Splits the file list into newly allocated arrays of covered and
      * uncovered entries, in list order; an empty selection is a null array.
      * Returns the uncovered count, or -1 (with the covered count -1 too) when

@@ -1,0 +1,231 @@
+/* function_list.cpp -- the covered and uncovered function pages of a
+ * source file. */
+#include "report/function_list.h"
+
+#include <cctype>
+#include <cstring>
+#include <strings.h>
+
+#include "driver/settings.h"
+#include "report/file_frameset.h"
+#include "report/naming.h"
+#include "report/percent_format.h"
+#include "report/table_sort.h"
+
+static const char COVERED_KIND[] = "CvrdFncs";
+static const char UNCOVERED_KIND[] = "UncvrdFncs";
+
+static const char HEAD_START[] =
+    "<html>\n"
+    "<head>\n";
+static const char COVERED_TITLE[] = "<title>Covered Functions of %s</title>\n";
+static const char UNCOVERED_TITLE[] = "<title>Uncovered Functions of %s</title>\n";
+static const char BASE_TARGET[] = "<base target=\"%s\">\n";
+static const char HEAD_BODY[] =
+    "</head>\n"
+    "<body bgcolor=\"FFFFFF\">\n";
+static const char COVERED_HEADING[] = "<h5 ALIGN=\"left\">covered functions</h5>\n";
+static const char UNCOVERED_HEADING[] = "<h5 ALIGN=\"left\">uncovered functions</h5>\n";
+static const char TABLE_START[] =
+    "<TABLE BORDER=0 CELLPADDING=3 "
+    "CELLSPACING=0 STYLE=\"color:black;font-weight:normal;font-family:Verdana,"
+    "Arial;font-size:x-small\">\n"
+    "<thead>\n";
+static const char BLOCKS_HEADER[] =
+    "<TH ALIGN=\"center\"><a target=\"%s\" title=\"sort based on blocks\" href=\"%s\">blocks</a></TH>\n";
+static const char COVERAGE_HEADER[] =
+    "<TH ALIGN=\"left\" COLSPAN=\"2\"><a target=\"%s\" title=\"sort based on coverage\" "
+    "href=\"%s\">coverage</a></TH>\n";
+static const char MISS_RATE_HEADER[] =
+    "<TH ALIGN=\"left\" COLSPAN=\"2\"><a target=\"%s\" title=\"sort based on miss rate\" "
+    "href=\"%s\">miss rate</a></TH>\n";
+static const char NAME_HEADER[] =
+    "<TH ALIGN=\"left\"><a target=\"_self\" title=\"sort based on function name\" "
+    "href=\"%s\">function</a></TH>\n";
+static const char HEAD_END[] = "</thead>\n";
+static const char BODY_START[] = "<tbody>\n";
+static const char BLOCKS_CELL[] = "<td align=\"center\">%d</td>\n";
+static const char COVERAGE_CELLS[] = "<td align=\"right\">%6.2f</td><td align=\"center\">(%d/%d)</td>\n";
+static const char NAME_CELL_START[] = "<td align=\"left\"><a href=\"%s#l%d\" title=\"Line %d\">";
+static const char NAME_CELL_END[] = "</a></td>\n";
+static const char TESTS_CELL_START[] = "<td align=\"center\">";
+static const char TESTS_LINK[] = "<a target=\"_new\" href=\"http://%s/%s?function_name=%s&dbName=%s";
+static const char TESTS_LINK_WITH_SCHEME[] = "<a target=\"_new\" href=\"%s/%s?function_name=%s&dbName=%s";
+static const char TESTS_PROJECT[] = "&project_name=%s";
+static const char TESTS_LINK_END[] = "\" title=\"all cover tests\">Tests</a></td>";
+static const char PAGE_END[] =
+    "</tbody>\n"
+    "</table>\n"
+    "</body>\n"
+    "</html>\n";
+
+/* Lines of the listing kept visible above a function that a row shows. */
+static const int LINES_ABOVE = 5;
+
+std::string functionListBase(const char *path, bool covered, int number)
+{
+    std::string base = path;
+    base += '_';
+    base += covered ? COVERED_KIND : UNCOVERED_KIND;
+    base += '_';
+    base += std::to_string(number);
+    return base;
+}
+
+static int compareNumbers(double a, double b)
+{
+    return a < b ? -1 : (a > b ? 1 : 0);
+}
+
+static int compareNames(const func *a, const func *b)
+{
+    return strcmp(a->name != nullptr ? a->name : "", b->name != nullptr ? b->name : "");
+}
+
+/* Orders functions by the keys of one sort order. */
+struct FunctionBefore {
+    SortType order;
+
+    bool operator()(const func *a, const func *b) const
+    {
+        int key = order < 0 ? -order : order;
+        int result = 0;
+        if (key == 2)
+            result = compareNumbers(a->percent, b->percent);
+        if (result == 0 && key != 1)
+            result = compareNumbers(a->blocks, b->blocks);
+        if (result == 0)
+            result = compareNames(a, b);
+        if (result == 0)
+            result = compareNumbers(a->line, b->line);
+        return order > 0 ? result < 0 : result > 0;
+    }
+};
+
+static void SelectSortFunctions(func **functions, int count, const FunctionBefore &before)
+{
+    exchangeSortTable(functions, count, before);
+}
+
+static void QuickSortFunctions(func **functions, int low, int high, const FunctionBefore &before)
+{
+    quickSortTable(functions, low, high, before);
+}
+
+void sortFunctions(func **functions, int count, SortType order)
+{
+    checkSortKeyOrder(order);
+    FunctionBefore before{order};
+    if (count < TABLE_QUICKSORT_THRESHOLD)
+        SelectSortFunctions(functions, count, before);
+    else
+        QuickSortFunctions(functions, 0, count - 1, before);
+}
+
+void writeFunctionName(FILE *page, const char *name)
+{
+    if (name == nullptr)
+        return;
+    for (const char *p = name; *p != '\0'; ++p) {
+        if (*p == '<') {
+            fputs("&lt;", page);
+        } else if (*p == '>') {
+            fputs("&gt;", page);
+        } else if (*p == '@' && isdigit(static_cast<unsigned char>(p[1]))) {
+            /* A decoration of the argument size, not part of the name. */
+            while (isdigit(static_cast<unsigned char>(p[1])))
+                ++p;
+        } else {
+            fputc(*p, page);
+        }
+    }
+}
+
+static void writeHeaderLink(FILE *page, const char *format, const char *target, const char *path, bool covered,
+                            const char *ext, int number)
+{
+    fprintf(page, format, target, getHTMLname(functionListBase(path, covered, number).c_str(), ext));
+}
+
+static void writeTestsLink(FILE *page, const func *function, const FunctionListOptions &options)
+{
+    fputs(TESTS_CELL_START, page);
+    const char *procName = function->procName != nullptr ? function->procName : "";
+    if (strncasecmp(options.dbHost, "http://", 7) == 0)
+        fprintf(page, TESTS_LINK_WITH_SCHEME, options.dbHost, options.viewerPage, procName, options.dbName);
+    else
+        fprintf(page, TESTS_LINK, options.dbHost, options.viewerPage, procName, options.dbName);
+    if (options.dbProject != nullptr)
+        fprintf(page, TESTS_PROJECT, options.dbProject);
+    fputs(TESTS_LINK_END, page);
+}
+
+void writeFunctionList(FILE *page, bool covered, SortType order, const char *path, const char *ext,
+                       func **functions, int count, const FunctionListOptions &options)
+{
+    /* The uncovered list has nothing to show but blocks; under -ref both
+     * lists show miss rates. */
+    bool blocksOnly = !covered && !options.reference;
+
+    fputs(HEAD_START, page);
+    fprintf(page, covered ? COVERED_TITLE : UNCOVERED_TITLE, path);
+    fprintf(page, BASE_TARGET, LISTING_FRAME_NAME);
+    fputs(HEAD_BODY, page);
+    fputs(covered ? COVERED_HEADING : UNCOVERED_HEADING, page);
+    fputs(TABLE_START, page);
+
+    if (blocksOnly)
+        writeHeaderLink(page, BLOCKS_HEADER, "_self", path, covered, ext,
+                        sortHeaderLink(order, SORT_COLUMN_BLOCKS));
+    else
+        writeHeaderLink(page, options.reference ? MISS_RATE_HEADER : COVERAGE_HEADER, "_self", path, covered,
+                        ext, sortHeaderLink(order, SORT_COLUMN_COVERAGE));
+    fprintf(page, NAME_HEADER,
+            getHTMLname(functionListBase(path, covered, sortHeaderLink(order, SORT_COLUMN_NAME)).c_str(), ext));
+    fputs(HEAD_END, page);
+
+    sortFunctions(functions, count, order);
+    fputs(BODY_START, page);
+    for (int i = 0; i < count; ++i) {
+        const func *function = functions[i];
+        fputs("<TR>\n", page);
+        if (blocksOnly)
+            fprintf(page, BLOCKS_CELL, (int)function->blocks);
+        else
+            fprintf(page, COVERAGE_CELLS, roundHalfUp2(function->percent), (int)function->covered,
+                    (int)function->blocks);
+        int line = (int)function->line;
+        int anchor = line > LINES_ABOVE ? line - LINES_ABOVE : line;
+        fprintf(page, NAME_CELL_START, getSrcHTMLname(path, ext), anchor, line);
+        writeFunctionName(page, function->name);
+        fputs(NAME_CELL_END, page);
+        if (options.links)
+            writeTestsLink(page, function, options);
+        fputs("</tr>\n", page);
+    }
+    fputs(PAGE_END, page);
+}
+
+bool bOutputFunctionCoverageFor(bool covered, SortType order, const char *path, const char *ext,
+                                func **functions, int count)
+{
+    if (g_bNoHTML)
+        return true;
+    checkSortOption(order);
+    const char *name = getDirHTMLname(functionListBase(path, covered, order + 3).c_str(), ext);
+    FILE *page = fopen(name, "w");
+    if (page == nullptr) {
+        fprintf(stderr, "Cannot open %s for output!\n", name);
+        return false;
+    }
+    FunctionListOptions options;
+    options.reference = compWithRef != 0;
+    options.links = g_isLinksFlag != 0;
+    options.dbHost = g_lpszDBHostName != nullptr ? g_lpszDBHostName : "";
+    options.dbName = g_lpszDBName != nullptr ? g_lpszDBName : "";
+    options.dbProject = g_lpszDBProjName;
+    options.viewerPage = g_lpszFuncLinkName != nullptr ? g_lpszFuncLinkName : "";
+    writeFunctionList(page, covered, order, path, ext, functions, count, options);
+    fclose(page);
+    return true;
+}

@@ -1,0 +1,90 @@
+/* line_coverage.cpp -- the pages of one source file. */
+#include "report/line_coverage.h"
+
+#include <cstdio>
+
+#include "analysis/coverage_state.h"
+#include "driver/settings.h"
+#include "report/coverage_store.h"
+#include "report/file_frameset.h"
+#include "report/function_list.h"
+#include "report/naming.h"
+#include "report/source_listing.h"
+
+/* The page is written in large pieces. */
+static const size_t PAGE_BUFFER_SIZE = 1 << 18;
+
+static const SortType COVERED_ORDERS[] = {1, -1, 2, -2};
+static const SortType UNCOVERED_ORDERS[] = {1, -1, 3, -3};
+static const SortType UNCOVERED_ORDERS_REFERENCE[] = {1, -1, 2, -2};
+
+/* Steps 1 to 9: the listing page. */
+static bool writeListing(const char *path, const char *ext, ListingWorkArea *work)
+{
+    MarkerLine marker;
+    markerLineCreate(&marker);
+
+    FILE *source = fopen(path, "r");
+    if (source == nullptr) {
+        fprintf(stderr, "Error - Cannot open %s!\n", path);
+        markerLineFree(&marker);
+        return false;
+    }
+    const char *name = getDirSrcHTMLname(path, ext);
+    FILE *page = fopen(name, "w");
+    if (page == nullptr) {
+        fprintf(stderr, "Cannot open %s for output!\n", name);
+        fclose(source);
+        markerLineFree(&marker);
+        return false;
+    }
+    setvbuf(page, nullptr, _IOFBF, PAGE_BUFFER_SIZE);
+
+    ListingSource file;
+    file.path = path;
+    file.funcPercent = functionCoverage;
+    file.blockPercent = blockCoverage;
+    file.store = &g_cl;
+    file.infeasible = pars;
+    file.functionsByLine = first_func_line;
+    ListingOptions options;
+    options.counts = g_bXCOUNTS != 0;
+    options.reference = compWithRef != 0;
+    options.floatingInfo = g_bIColorfloating != 0;
+    options.ownerAddress = g_lpszMailAddr;
+    options.ownerName = g_lpszMailName;
+    bool written = writeSourceListing(page, source, file, options, &marker, work->readBuffer);
+
+    fclose(source);
+    fclose(page);
+    markerLineFree(&marker);
+    return written;
+}
+
+/* Step 10: the list pages of one kind, in its orders. */
+static bool writeLists(bool covered, const char *path, const char *ext, func **functions, int count)
+{
+    const SortType *orders = covered ? COVERED_ORDERS : (compWithRef ? UNCOVERED_ORDERS_REFERENCE : UNCOVERED_ORDERS);
+    for (int i = 0; i < 4; ++i) {
+        if (!bOutputFunctionCoverageFor(covered, orders[i], path, ext, functions, count))
+            return false;
+    }
+    return true;
+}
+
+bool bOutputLineCoverage(const char *ext, ListingWorkArea *work)
+{
+    if (g_cl.currentFile == nullptr)
+        return false;
+    const char *path = g_cl.currentFile->path;
+    if (!writeListing(path, ext, work))
+        return false;
+
+    bool hasCovered = numFileFuncsCovered > 0;
+    bool hasUncovered = numFileFuncsUncovered > 0;
+    if (hasCovered && !writeLists(true, path, ext, fileFuncsCovered, numFileFuncsCovered))
+        return false;
+    if (hasUncovered && !writeLists(false, path, ext, fileFuncsUncovered, numFileFuncsUncovered))
+        return false;
+    return bCreateFileFrameset(path, ext, hasCovered, hasUncovered);
+}

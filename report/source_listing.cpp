@@ -1,0 +1,257 @@
+/* source_listing.cpp -- the annotated listing page of one source file. */
+#include "report/source_listing.h"
+
+#include <cstring>
+
+#include "analysis/comment_parser.h"
+#include "report/colors.h"
+#include "report/coverage_store.h"
+#include "report/page_foot.h"
+#include "report/percent_format.h"
+#include "report/source_reader.h"
+
+static const char HEAD_START[] =
+    "<html>\n"
+    "<head>\n";
+static const char HEAD_TITLE[] = "<title>Listing of %s</title>\n";
+static const char HEAD_BODY[] =
+    "</head>\n"
+    "<body bgcolor=\"FFFFFF\">\n";
+static const char HEADING_INDENT[] = "<h4>&#160;&#160;&#160;&#160;&#160;";
+static const char HEADING_NAME[] = "&#160;&#160;&#160;&#160;&#160;&#160;&#160;%s";
+/* The second "&#160" has no semicolon; browsers read it all the same. */
+static const char HEADING_PERCENTS[] =
+    "&#160;&#160;&#160;&#160;&#160;&#160;&#160;<font size=-1>%s:&#160 %5.2f&#160;%%func"
+    "&#160;&#160;&#160;&#160; %5.2f&#160;%%block</font></h4>\n";
+static const char HEAD_RULE[] = "<hr size=%d noshade>\n";
+static const char PRE_START[] = "<pre>\n";
+static const char PRE_END[] = "</pre>\n";
+static const char LINE_END[] = "</a>\n";
+
+/* Leading blanks the line's first colour looks past. */
+static const size_t LOOK_AHEAD_MAX = 255;
+/* Numbers the line-number column shows at most. */
+static const uint32_t LINE_NUMBER_MAX = 999999;
+
+int classifyPosition(uint64_t count, uint32_t blocks, uint32_t executed, bool lastBlockAdjusted,
+                     bool newFunction, bool reference)
+{
+    if (reference) {
+        if (count == 0)
+            return COLOR_COVERED;
+        if (newFunction || count == NEVER_EXECUTED)
+            return COLOR_UNCOVERED_FUNCTION;
+        return COLOR_UNCOVERED_BLOCK;
+    }
+    if (count == 0)
+        return COLOR_UNCOVERED_BLOCK;
+    if (count == NEVER_EXECUTED)
+        return COLOR_UNCOVERED_FUNCTION;
+    /* An adjusted last block that did not run does not make a position
+     * partial. */
+    if (blocks != executed && !(lastBlockAdjusted && blocks == executed + 1))
+        return COLOR_PARTIAL;
+    return COLOR_COVERED;
+}
+
+static int classifyNode(const block_list_node *node, bool reference)
+{
+    return classifyPosition(node->count, node->numBlocks, node->numExecuted, node->lastBlockAdjusted,
+                            node->newFunction, reference);
+}
+
+/* Decimal digits of `value` ending at `end`; returns the first digit. */
+static char *digitsBefore(char *end, uint32_t value)
+{
+    do {
+        *--end = static_cast<char>('0' + value % 10);
+        value /= 10;
+    } while (value != 0);
+    return end;
+}
+
+void writeLineNumber(FILE *page, uint32_t line)
+{
+    /* The same bytes as "%6u) ", without the cost of fprintf per line. */
+    char text[16];
+    char *end = text + sizeof text;
+    *--end = ' ';
+    *--end = ')';
+    char *digits = digitsBefore(end, line > LINE_NUMBER_MAX ? LINE_NUMBER_MAX : line);
+    while (end - digits < 6)
+        *--digits = ' ';
+    fwrite(digits, 1, text + sizeof text - digits, page);
+}
+
+/* WriteSrcFileLineColor: opens a line with its anchor and colour. */
+static void WriteSrcFileLineColor(FILE *page, uint32_t line, const char *colour)
+{
+    char number[12];
+    char *end = number + sizeof number;
+    char *digits = digitsBefore(end, line);
+    fputs("<a name=\"l", page);
+    fwrite(digits, 1, end - digits, page);
+    fputs("\" style=\"background-color: ", page);
+    fputs(colour, page);
+    fputs("\">", page);
+}
+
+/* WriteSrcFileHeader: the page head, titled with the part of the path
+ * after its last "/". */
+static void WriteSrcFileHeader(FILE *page, const ListingSource &file, bool reference)
+{
+    const char *slash = strrchr(file.path, '/');
+    const char *name = slash != nullptr ? slash + 1 : file.path;
+    fputs(HEAD_START, page);
+    fprintf(page, HEAD_TITLE, name);
+    fputs(HEAD_BODY, page);
+    fputs(HEADING_INDENT, page);
+    fprintf(page, HEADING_NAME, name);
+    fprintf(page, HEADING_PERCENTS, reference ? "miss rate" : "coverage", roundHalfUp2(file.funcPercent),
+            roundHalfUp2(file.blockPercent));
+    fprintf(page, HEAD_RULE, 1);
+    fputs(PRE_START, page);
+}
+
+/* WriteSrcFileFooter. */
+static void WriteSrcFileFooter(FILE *page, const ListingOptions &options)
+{
+    fputs(PRE_END, page);
+    writePageFoot(page, options.ownerAddress, options.ownerName);
+}
+
+/* Copies source text into the page: the four characters of markup as
+ * entities, a line feed as the end of the line's anchor. */
+static void copyText(FILE *page, const char *text, size_t length)
+{
+    const char *run = text;
+    const char *end = text + length;
+    for (const char *p = text; p < end; ++p) {
+        const char *entity;
+        switch (*p) {
+        case '"': entity = "&quot;"; break;
+        case '&': entity = "&amp;"; break;
+        case '<': entity = "&lt;"; break;
+        case '>': entity = "&gt;"; break;
+        case '\n': entity = LINE_END; break;
+        default: continue;
+        }
+        fwrite(run, 1, p - run, page);
+        fputs(entity, page);
+        run = p + 1;
+    }
+    fwrite(run, 1, end - run, page);
+}
+
+static bool appendMarkers(MarkerLine *marker, const char *text, size_t length)
+{
+    for (size_t i = 0; i < length; ++i) {
+        if (!markerLineAppend(marker, markerFor(text[i])))
+            return false;
+    }
+    return true;
+}
+
+/* The recorded positions of `line`, ascending by column. A line has only a
+ * few, so an insertion sort serves. */
+static void linePositions(const coverage_list &store, uint32_t line, std::vector<const block_list_node *> &out)
+{
+    out.clear();
+    for (const block_list_node *node = store.linePositions(line); node != nullptr; node = node->next) {
+        if (node->line != line || node->column == 0)
+            continue;
+        size_t at = out.size();
+        out.push_back(node);
+        while (at > 0 && out[at - 1]->column > node->column) {
+            out[at] = out[at - 1];
+            --at;
+        }
+        out[at] = node;
+    }
+}
+
+static const block_list_node *positionAt(const std::vector<const block_list_node *> &positions, uint32_t column)
+{
+    for (const block_list_node *node : positions) {
+        if (node->column == column)
+            return node;
+    }
+    return nullptr;
+}
+
+bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, const ListingOptions &options,
+                        MarkerLine *marker, std::vector<char> &readBuffer)
+{
+    WriteSrcFileHeader(page, file, options.reference);
+
+    SourceLineReader reader(source, readBuffer);
+    int currentClass = options.reference ? COLOR_COVERED : COLOR_UNKNOWN;
+    const COMP *function = file.functionsByLine;
+    std::vector<const block_list_node *> positions;
+    const char *text;
+    size_t length;
+    uint32_t line = 0;
+    bool started = false;
+    while (reader.nextLine(&text, &length)) {
+        ++line;
+        started = true;
+
+        /* 1. Under -ref a function's first line takes the function's
+         *    colour. */
+        if (options.reference) {
+            while (function != nullptr && function->line < static_cast<int64_t>(line))
+                function = function->next_by_line;
+            if (function != nullptr && function->line == static_cast<int64_t>(line))
+                currentClass = function->not_in_reference ? COLOR_UNCOVERED_FUNCTION : COLOR_COVERED;
+        }
+        bool infeasible = file.infeasible != nullptr && file.infeasible->is_disabled_line(line);
+        writeLineNumber(page, line);
+
+        /* 2. The line opens in the colour of the position where its text
+         *    begins, past the leading blanks. */
+        linePositions(*file.store, line, positions);
+        if (!positions.empty()) {
+            size_t blanks = 0;
+            while (blanks < LOOK_AHEAD_MAX && blanks < length && (text[blanks] == ' ' || text[blanks] == '\t'))
+                ++blanks;
+            if (const block_list_node *node = positionAt(positions, static_cast<uint32_t>(blanks + 1)))
+                currentClass = classifyNode(node, options.reference);
+        }
+        WriteSrcFileLineColor(page, line, takeBGColor(infeasible ? COLOR_INFEASIBLE : currentClass));
+
+        /* 3. The text, with a colour change at each recorded position whose
+         *    colour differs from the one in force. Only a feasible line
+         *    with positions can have markers. */
+        bool markers = options.counts && !infeasible && !positions.empty();
+        size_t copied = 0;
+        for (const block_list_node *node : positions) {
+            size_t at = node->column - 1;
+            if (at >= length)
+                break;
+            copyText(page, text + copied, at - copied);
+            if (markers && !appendMarkers(marker, text + copied, at - copied))
+                return false;
+            int newClass = classifyNode(node, options.reference);
+            if (!infeasible && strcmp(takeBGColor(newClass), takeBGColor(currentClass)) != 0)
+                changeColor(page, newClass, currentClass);
+            currentClass = newClass;
+            copyText(page, text + at, 1);
+            if (markers && !markerLineAppend(marker, '^'))
+                return false;
+            copied = at + 1;
+        }
+        copyText(page, text + copied, length - copied);
+        if (markers && !appendMarkers(marker, text + copied, length - copied))
+            return false;
+
+        /* 4. Below a finished line, its counters. */
+        if (markers && text[length - 1] == '\n' && memchr(marker->text, '^', marker->length) != nullptr)
+            writeCounterLines(page, marker, *file.store, line,
+                              takeBGColor(options.floatingInfo ? currentClass : COLOR_INFO));
+        marker->length = 0;
+        marker->text[0] = '\0';
+    }
+    if (started)
+        WriteSrcFileFooter(page, options);
+    return true;
+}
