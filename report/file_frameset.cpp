@@ -5,14 +5,13 @@
 
 #include "report/function_list.h"
 #include "report/naming.h"
+#include "report/table_markup.h"
 
 const char LISTING_FRAME_NAME[] = "src_view";
 
 static const char PAGE_START[] =
     "<html>\n"
     "<head>\n";
-static const char TITLE[] = "<title>%s for %s</title>\n";
-static const char TITLE_TEXT[] = "Tarsk&#174; Compilers code-coverage information";
 static const char HEAD_END[] =
     "</head>\n"
     "<frameset cols=\"25%, *\">\n";
@@ -42,7 +41,7 @@ static void writeListFrame(FILE *page, const char *path, bool covered, const cha
 void writeFileFrameset(FILE *page, const char *path, const char *ext, bool hasCovered, bool hasUncovered)
 {
     fputs(PAGE_START, page);
-    fprintf(page, TITLE, TITLE_TEXT, path);
+    writeReportTitle(page, path);
     fputs(HEAD_END, page);
 
     if (!hasCovered && !hasUncovered)

@@ -32,7 +32,7 @@ struct CoverageLabels {
 CoverageLabels coverageLabels(bool reference);
 
 /* "<title>...</title>\n" of the root and table pages, with the project
- * when there is one. */
+ * when there is one; the per-file framesets pass their source path. */
 void writeReportTitle(FILE *page, const char *project);
 
 #endif
