@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "report/function_list.h"
+#include "report/function_pages.h"
 #include "report/naming.h"
 #include "report/table_markup.h"
 

@@ -7,7 +7,7 @@
 #include "driver/settings.h"
 #include "report/coverage_store.h"
 #include "report/file_frameset.h"
-#include "report/function_list.h"
+#include "report/function_pages.h"
 #include "report/naming.h"
 #include "report/source_listing.h"
 

@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "report/file_frameset.h"
-#include "report/function_list.h"
+#include "report/function_pages.h"
 #include "tests/support/capture.h"
 
 using testsupport::CaptureInChild;
@@ -101,7 +101,7 @@ std::string Start(const char *title, const char *heading)
 
 const char kPageEnd[] = "</tbody>\n</table>\n</body>\n</html>\n";
 
-TEST(FunctionList, CoveredPageInOrderOne)
+TEST(FunctionPages, CoveredPageInOrderOne)
 {
     Functions f;
     f.Add("beta<int>", 40, 4, 3);
@@ -123,7 +123,7 @@ TEST(FunctionList, CoveredPageInOrderOne)
     EXPECT_EQ(expected, Page(true, 1, f, NoLinks()));
 }
 
-TEST(FunctionList, HeadersLinkByTheTableInEveryOrder)
+TEST(FunctionPages, HeadersLinkByTheTableInEveryOrder)
 {
     // Per order: the page numbers linked from the blocks (uncovered list) or
     // coverage header, and from the function header.
@@ -159,7 +159,7 @@ TEST(FunctionList, HeadersLinkByTheTableInEveryOrder)
     }
 }
 
-TEST(FunctionList, UncoveredPageShowsBlocksOrMissRates)
+TEST(FunctionPages, UncoveredPageShowsBlocksOrMissRates)
 {
     Functions f;
     f.Add("g", 12, 7, 0);
@@ -179,7 +179,7 @@ TEST(FunctionList, UncoveredPageShowsBlocksOrMissRates)
     EXPECT_NE(std::string::npos, page.find("<td align=\"right\">  0.00</td><td align=\"center\">(0/7)</td>\n"));
 }
 
-TEST(FunctionList, WritesDisplayNames)
+TEST(FunctionPages, WritesDisplayNames)
 {
     struct Case {
         const char *name;
@@ -199,7 +199,7 @@ TEST(FunctionList, WritesDisplayNames)
     }
 }
 
-TEST(FunctionList, LinksEachFunctionToItsTests)
+TEST(FunctionPages, LinksEachFunctionToItsTests)
 {
     Functions f;
     f.Add("ns::run(int)", 3, 2, 2, "_ZN2ns3runEi");
@@ -232,7 +232,7 @@ std::tuple<double, uint32_t, std::string, uint32_t> Keys(const func *f, int key)
     return {0.0, f->blocks, f->name, f->line};
 }
 
-TEST(FunctionList, BothSortsOrderEveryKeyBothWays)
+TEST(FunctionPages, BothSortsOrderEveryKeyBothWays)
 {
     for (int count : {31, 32, 200}) {
         Functions f;
@@ -258,7 +258,7 @@ TEST(FunctionList, BothSortsOrderEveryKeyBothWays)
     }
 }
 
-TEST(FunctionList, NamesCompareAsUnsignedBytes)
+TEST(FunctionPages, NamesCompareAsUnsignedBytes)
 {
     Functions f;
     f.Add("\xc3\xa9t\xc3\xa9", 1, 1, 1);   // a byte above 0x7F sorts after ASCII
@@ -268,7 +268,7 @@ TEST(FunctionList, NamesCompareAsUnsignedBytes)
     EXPECT_STREQ("zeta", table[0]->name);
 }
 
-TEST(FunctionList, RefusesOrdersItCannotSortOrWrite)
+TEST(FunctionPages, RefusesOrdersItCannotSortOrWrite)
 {
     Captured c = CaptureInChild([] {
         Functions f;

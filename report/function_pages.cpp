@@ -1,6 +1,6 @@
-/* function_list.cpp -- the covered and uncovered function pages of a
+/* function_pages.cpp -- the covered and uncovered function pages of a
  * source file. */
-#include "report/function_list.h"
+#include "report/function_pages.h"
 
 #include <cctype>
 #include <cstring>

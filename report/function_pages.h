@@ -1,10 +1,10 @@
-/* function_list.h -- the pages that list a source file's covered and
+/* function_pages.h -- the pages that list a source file's covered and
  * uncovered functions, one page per sort order. A row links to the
  * function in the file's listing; a column header links to the page of
  * another order.
  */
-#ifndef VEMCOV_REPORT_FUNCTION_LIST_H
-#define VEMCOV_REPORT_FUNCTION_LIST_H
+#ifndef VEMCOV_REPORT_FUNCTION_PAGES_H
+#define VEMCOV_REPORT_FUNCTION_PAGES_H
 
 #include <cstdio>
 #include <string>
