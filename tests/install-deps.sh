@@ -4,7 +4,7 @@
 # installed.
 set -eu
 
-PACKAGES="g++ cmake ninja-build libgtest-dev imagemagick"
+PACKAGES="g++ cmake ninja-build libgtest-dev imagemagick chromium"
 
 missing=""
 for package in $PACKAGES; do
@@ -22,4 +22,16 @@ if [ -n "$missing" ]; then
     $SUDO apt-get update
     # shellcheck disable=SC2086
     DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y --no-install-recommends $missing
+fi
+
+# Node and npm for the browser check: Debian's packages, unless a node with
+# its npm is already there (some installs bundle npm with node).
+if ! command -v node >/dev/null 2>&1 || ! command -v npm >/dev/null 2>&1; then
+    echo "installing: nodejs npm"
+    SUDO=""
+    if [ "$(id -u)" != 0 ]; then
+        SUDO=sudo
+    fi
+    $SUDO apt-get update
+    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y --no-install-recommends nodejs npm
 fi
