@@ -5,18 +5,19 @@
 // names and test-database links, the framesets; a differential run; and a
 // check that every link and frame source of every page of the report
 // resolves, anchors included.
+#include <algorithm>
 #include <map>
-#include <regex>
-#include <set>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "tests/support/html_links.h"
 #include "tests/support/profile_writer.h"
 #include "tests/support/scenario.h"
 
 using testsupport::Project;
+using testsupport::ReportLink;
 using testsupport::RunResult;
 using testsupport::Scenario;
 
@@ -138,8 +139,9 @@ bool ListingCutShort(const std::string &page)
            page.find("_SRC_FF_C_SRC.HTML") != std::string::npos;
 }
 
-// Every href and src of every page, resolved from the page's directory,
-// names a file of the run; an "#l<n>" fragment names an anchor of it.
+// Every page of the run is reached from the root page with no link broken,
+// the per-file pages included, and every "#l<n>" of a function list names
+// an anchor of the listing.
 TEST(ListingReport, EveryLinkOfEveryPageResolves)
 {
     Scenario scenario;
@@ -147,61 +149,40 @@ TEST(ListingReport, EveryLinkOfEveryPageResolves)
     RunResult result = scenario.run({"-nopmeter", "-counts", "-onelinedsbl", "NOT_FEASIBLE"});
     ASSERT_EQ(0, result.status) << result.err;
 
+    std::vector<std::string> visited;
+    auto none = [](const std::string &) { return false; };
+    for (const ReportLink &link : testsupport::BrokenLinks(scenario.dir(), "CODE_COVERAGE.HTML", none, &visited))
+        ADD_FAILURE() << link.page << " links to " << link.target << ", but " << link.file << " was not written";
+
     std::map<std::string, std::string> files = scenario.outputs();
-    const std::regex attribute("(?:href|src)=\"([^\"]*)\"", std::regex::icase);
-    const std::regex external("^(?:https?:|mailto:)", std::regex::icase);
-    std::set<std::string> pages, broken;
+    int framesets = 0, listings = 0, lists = 0, anchors = 0;
     for (const auto &[name, text] : files) {
-        if (name.size() < 5 || name.substr(name.size() - 5) != ".HTML")
+        if (name.find("_SRC_") == std::string::npos)
             continue;
-        pages.insert(name);
-        std::string dir = name.find('/') == std::string::npos ? "" : name.substr(0, name.rfind('/') + 1);
-        for (std::sregex_iterator it(text.begin(), text.end(), attribute), end; it != end; ++it) {
-            std::string link = (*it)[1];
-            if (std::regex_search(link, external))
-                continue;
-            std::string fragment;
-            if (link.find('#') != std::string::npos) {
-                fragment = link.substr(link.find('#') + 1);
-                link = link.substr(0, link.find('#'));
-            }
-            std::string target = dir + link;
-            // "dir/../x" is "x": the toolbar links up and down again.
-            for (size_t up; (up = target.find("/../")) != std::string::npos;) {
-                size_t parent = target.rfind('/', up - 1);
-                size_t from = parent == std::string::npos ? 0 : parent + 1;
-                target.erase(from, up + 4 - from);
-            }
-            auto found = files.find(target);
-            if (found == files.end())
-                broken.insert(name + " -> " + (*it)[1].str());
-            else if (!fragment.empty() && !ListingCutShort(target) &&
-                     found->second.find("name=\"" + fragment + "\"") == std::string::npos)
-                broken.insert(name + " -> " + (*it)[1].str() + " (no anchor)");
-        }
-    }
-    EXPECT_TRUE(broken.empty()) << [&] {
-        std::string all;
-        for (const std::string &b : broken)
-            all += b + "\n";
-        return all;
-    }();
-    // The per-file pages are among those checked: five framesets, five
-    // listings, and the function lists.
-    int framesets = 0, listings = 0, lists = 0;
-    for (const std::string &page : pages) {
-        if (page.find("_SRC_") == std::string::npos)
-            continue;
-        if (page.size() > 9 && page.substr(page.size() - 9) == "_SRC.HTML")
+        EXPECT_NE(std::find(visited.begin(), visited.end(), name), visited.end()) << name << " is not linked";
+        if (name.size() > 9 && name.substr(name.size() - 9) == "_SRC.HTML") {
             ++listings;
-        else if (page.find("FNCS_") != std::string::npos)
-            ++lists;
-        else
+            continue;
+        }
+        if (name.find("FNCS_") == std::string::npos) {
             ++framesets;
+            continue;
+        }
+        ++lists;
+        for (const std::string &link : testsupport::LinksOf(text)) {
+            size_t hash = link.find('#');
+            if (hash == std::string::npos || ListingCutShort(link))
+                continue;
+            ++anchors;
+            std::string listing = scenario.read("CodeCoverage/" + link.substr(0, hash));
+            EXPECT_NE(std::string::npos, listing.find("<a name=\"" + link.substr(hash + 1) + "\" "))
+                << name << " links to " << link;
+        }
     }
     EXPECT_EQ(5, framesets);
     EXPECT_EQ(5, listings);
     EXPECT_EQ(32, lists);
+    EXPECT_GT(anchors, 0);
 }
 
 }  // namespace

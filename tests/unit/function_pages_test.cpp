@@ -14,32 +14,13 @@
 #include "report/file_frameset.h"
 #include "report/function_pages.h"
 #include "tests/support/capture.h"
+#include "tests/support/memory_stream.h"
 
 using testsupport::CaptureInChild;
 using testsupport::Captured;
+using testsupport::MemoryStream;
 
 namespace {
-
-class MemoryPage {
-public:
-    MemoryPage() : stream_(open_memstream(&data_, &size_)) {}
-    ~MemoryPage()
-    {
-        fclose(stream_);
-        free(data_);
-    }
-    FILE *stream() { return stream_; }
-    std::string text()
-    {
-        fflush(stream_);
-        return std::string(data_, size_);
-    }
-
-private:
-    char *data_ = nullptr;
-    size_t size_ = 0;
-    FILE *stream_;
-};
 
 // Owns the records and the array a list is given.
 struct Functions {
@@ -79,7 +60,7 @@ FunctionListOptions NoLinks()
 
 std::string Page(bool covered, SortType order, Functions &functions, const FunctionListOptions &options)
 {
-    MemoryPage page;
+    MemoryStream page;
     func **table = functions.Table();
     writeFunctionList(page.stream(), covered, order, "src/io/read.c", "html", table,
                       static_cast<int>(functions.records.size()), options);
@@ -193,7 +174,7 @@ TEST(FunctionPages, WritesDisplayNames)
         {"vector<pair<int, int> >::push_back", "vector&lt;pair&lt;int, int&gt; &gt;::push_back"},
     };
     for (const Case &c : cases) {
-        MemoryPage page;
+        MemoryStream page;
         writeFunctionName(page.stream(), c.name);
         EXPECT_EQ(c.shown, page.text()) << c.name;
     }
@@ -298,7 +279,7 @@ TEST(FunctionPages, RefusesOrdersItCannotSortOrWrite)
 
 std::string Frameset(bool covered, bool uncovered)
 {
-    MemoryPage page;
+    MemoryStream page;
     writeFileFrameset(page.stream(), "src/io/read.c", "html", covered, uncovered);
     return page.text();
 }

@@ -16,8 +16,10 @@
 #include "report/coverage_store.h"
 #include "report/page_foot.h"
 #include "report/source_listing.h"
+#include "tests/support/memory_stream.h"
 #include "tests/support/scratch_dir.h"
 
+using testsupport::MemoryStream;
 using testsupport::ScratchDir;
 
 namespace {
@@ -27,29 +29,6 @@ const char kPartial[] = "#fafad2";
 const char kUncoveredBlock[] = "#ffff99";
 const char kUncoveredFunction[] = "#ffcccc";
 const char kInfeasible[] = "#90ee90";
-
-// Captures what a writer prints into a FILE*.
-class MemoryPage {
-public:
-    MemoryPage() : stream_(open_memstream(&data_, &size_)) {}
-    ~MemoryPage()
-    {
-        if (stream_ != nullptr)
-            fclose(stream_);
-        free(data_);
-    }
-    FILE *stream() { return stream_; }
-    std::string text()
-    {
-        fflush(stream_);
-        return std::string(data_, size_);
-    }
-
-private:
-    char *data_ = nullptr;
-    size_t size_ = 0;
-    FILE *stream_;
-};
 
 // One source file with its recorded positions.
 class ListingCase {
@@ -75,7 +54,7 @@ public:
     {
         ListingSource file{path_.c_str(), funcPercent, blockPercent, &store_, infeasible, functions};
         FILE *source = fopen(path_.c_str(), "r");
-        MemoryPage page;
+        MemoryStream page;
         MarkerLine marker;
         markerLineCreate(&marker);
         std::vector<char> buffer;
@@ -117,7 +96,7 @@ std::string Head(const std::string &name, const std::string &percents = "coverag
 
 std::string Foot()
 {
-    MemoryPage page;
+    MemoryStream page;
     writePageFoot(page.stream(), "owner@example.org", "Owner");
     return "</pre>\n" + page.text();
 }
@@ -238,7 +217,7 @@ TEST(SourceListing, NumbersLinesUpTo999999)
     } cases[] = {{1, "     1) "}, {42, "    42) "}, {999999, "999999) "}, {1000000, "999999) "},
                  {4294967295u, "999999) "}};
     for (const Case &c : cases) {
-        MemoryPage page;
+        MemoryStream page;
         writeLineNumber(page.stream(), c.line);
         EXPECT_EQ(c.text, page.text()) << c.line;
     }
