@@ -232,6 +232,22 @@ void parser::proceed_last_single_line_mark_as_function_block(uint64_t markLine)
         comments.push_back(comment_t{std::string(), end, end, COMMENT_END});
 }
 
+/* Prints a warning about line `at` and keeps its text for replay_warnings. */
+void parser::warn(const char *format, uint64_t at)
+{
+    int length = snprintf(nullptr, 0, format, fileName.c_str(), (unsigned long long)at);
+    std::string text(static_cast<size_t>(length) + 1, '\0');
+    snprintf(&text[0], text.size(), format, fileName.c_str(), (unsigned long long)at);
+    text.pop_back();
+    fputs(text.c_str(), stderr);
+    warnings += text;
+}
+
+void parser::replay_warnings() const
+{
+    fputs(warnings.c_str(), stderr);
+}
+
 void parser::disable_lines(uint64_t first, uint64_t last)
 {
     disabled.emplace_back(first, last);
@@ -252,7 +268,7 @@ void parser::process_comments()
             break;
         case COMMENT_END:
             if (begins.empty()) {
-                fprintf(stderr, MSG_UNMATCHED_END, fileName.c_str(), (unsigned long long)comment.start_line);
+                warn(MSG_UNMATCHED_END, comment.start_line);
                 break;
             }
             if (begins.back() <= comment.start_line)

@@ -72,6 +72,10 @@ public:
         return bufferPos < bufferLen ? buffer[bufferPos++] : refill_and_next();
     }
 
+    /* Prints once more, to standard error, the warnings the scan printed:
+     * what a new parser of the same file and line chain would print. */
+    void replay_warnings() const;
+
     /* Whether the file was read. */
     bool is_active() const { return active != 0; }
     /* The number of lines the scan counted (0 when the file was not read). */
@@ -87,6 +91,7 @@ private:
     void proceed_last_single_line_mark_as_function_block(uint64_t line);
     void process_comments();
     void disable_lines(uint64_t first, uint64_t last);
+    void warn(const char *format, uint64_t at);
 
     FILE *input = nullptr;                 /* the source file while it is scanned */
     std::vector<unsigned char> buffer;     /* read-ahead over the file */
@@ -102,6 +107,7 @@ private:
     uint8_t active = 0;
     std::string fileName;                  /* for messages */
     uint64_t lineTotal = 0;                /* the line counter at the end of the scan */
+    std::string warnings;                  /* what the scan printed to standard error */
     const COMP *funcCursor = nullptr;      /* where the function-start search resumes */
     uint64_t funcCursorLine = 0;           /* the line it was last asked for */
 };

@@ -4,6 +4,7 @@
 #include "analysis/fast_coverage.h"
 
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "analysis/block_files.h"
@@ -150,6 +151,34 @@ static void writeFunction(FILE *out, int kind, const char *name, const DPI_S *dp
     }
 }
 
+/* The infeasible-code markers of the pairs' files. The parser of a pair is
+ * made from its file and the line chain of the static profile's first
+ * module, which stays the same for the whole walk; so consecutive pairs of
+ * one file share one scan, and each further pair repeats the warnings that
+ * a scan of its own would have printed. */
+class MarkerScans {
+public:
+    const parser *forFile(const char *file)
+    {
+        if (markers != nullptr && scannedFile == file) {
+            markers->replay_warnings();
+            return markers.get();
+        }
+        markers.reset();
+        if (!chainOrdered && componentList != nullptr)
+            order_func(componentList);
+        chainOrdered = true;
+        markers.reset(new parser(file, one_line_disable, start_disable_block, end_disable_block));
+        scannedFile = file;
+        return markers.get();
+    }
+
+private:
+    std::unique_ptr<parser> markers;
+    std::string scannedFile;
+    bool chainOrdered = false;
+};
+
 bool bOutputFunctionBlockFastCoverage(FILE *out, int kind)
 {
     /* 1. The first pair. */
@@ -168,20 +197,16 @@ bool bOutputFunctionBlockFastCoverage(FILE *out, int kind)
     /* 3. One function per pair. A pair that is skipped is not passed: the
      * rest of the walk sees it again and writes nothing more. */
     const char *previous = nullptr;
+    MarkerScans scans;
     for (uint32_t i = 0; i < count; i++) {
         int length = 0;
         std::string name = demangleName(function, g_iDemangFlag, &length);
         if (!isInComponents(file))
             continue;
 
-        /* The markers are read anew for every function; the line chain the
-         * parser consults is the first module's. */
-        parser *markers = nullptr;
-        if (Infeasible_markers_specified) {
-            if (componentList != nullptr)
-                order_func(componentList);
-            markers = new parser(file, one_line_disable, start_disable_block, end_disable_block);
-        }
+        /* The markers count for every function; the line chain the parser
+         * consults is the first module's. */
+        const parser *markers = Infeasible_markers_specified ? scans.forFile(file) : nullptr;
 
         if (previous == nullptr || strcmp(file, previous) != 0) {
             writeModuleHeader(out, kind, file, previous);
@@ -189,17 +214,14 @@ bool bOutputFunctionBlockFastCoverage(FILE *out, int kind)
         }
 
         DPI_SEGMENT *handle = VEMTRA_Get_Segment(pgofDPIFile, g_lpszDPIFileName, file, function);
-        if (handle == nullptr) {
-            delete markers;
+        if (handle == nullptr)
             continue;
-        }
         const DPI_S *dpi = handle->segment;
         if (!isFunctionKind(kind))
             ensureBlockArray(dpi->block_cnt);
         BlockTally tally = tallyBlocks(dpi, kind, markers);
         writeFunction(out, kind, name.c_str(), dpi, tally);
 
-        delete markers;
         VEMTRA_Free_Segment(handle);
         VEMTRA_Get_Next_File_Function_Pair(pgofDPIFile, &file, &function);
     }
