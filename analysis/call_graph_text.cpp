@@ -20,12 +20,6 @@
 
 static const char MSG_CORRUPT[] = "%s is corrupt!\n";
 
-/* The block-index check of the segment walk, reported under the library's
- * name. */
-static const char BLOCK_CHECK_DIR[] = "shared/vemtra/tallyfold";
-static const int BLOCK_CHECK_LINE = 892;
-static const char BLOCK_CHECK_TEXT[] = "i < dpi->block_cnt";
-
 static const char NULL_NAME[] = "(null)";      /* an unknown call target */
 static const char KIND_INDIRECT[] = ".icall";
 static const char KIND_VIRTUAL[] = ".vcall";
@@ -141,8 +135,7 @@ static void writeIndirectCalls(FILE *out, const DPI_SEGMENT *handle, CallStats *
     const DPI_S *dpi = handle->segment;
     for (uint32_t site = 0; site < dpi->value_cnt; site++) {
         uint64_t block = dpi->values[site];
-        if (block >= dpi->block_cnt)
-            vemtra_Assert_Fail(BLOCK_CHECK_DIR, BLOCK_CHECK_LINE, BLOCK_CHECK_TEXT);
+        vemtra_Check_Block_Index(block, dpi->block_cnt);
         int line = static_cast<int>(dpi->blocks[block].start_line);
         bool indirect = false, isVirtual = false;
         for (int t = 0; t < VEMTRA_VALUE_TARGETS; t++) {

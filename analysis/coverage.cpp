@@ -31,11 +31,6 @@ const char MSG_NO_LINE_INFO[] = "No line number info for %s: recompile with -Qcv
 const char MSG_ASSIGNING[] = "...Assigning all exec counts to line 1 column 1.\n";
 const char MSG_CORRUPT_TABLE[] = "ERROR: corrupt function table. cvrd = %p (%d), uncvrd = %p (%d)\n";
 
-/* The block-index check is reported under the profile library's name. */
-const char ASSERT_DIR[] = "shared/vemtra/tallyfold";
-const int ASSERT_LINE = 892;
-const char ASSERT_TEXT[] = "i < dpi->block_cnt";
-
 /* Counters of the module being processed. */
 struct ModuleTally {
     unsigned functions = 0;        /* functions counted in the module */
@@ -248,8 +243,7 @@ bool processFunction(COMP *c, const char *fileName, ModuleTally &m)
         float count = static_cast<float>(s->blocks[i].count);
         uint32_t line, col;
         if (lineInfo) {
-            if (!(i < s->block_cnt))
-                vemtra_Assert_Fail(ASSERT_DIR, ASSERT_LINE, ASSERT_TEXT);
+            vemtra_Check_Block_Index(i, s->block_cnt);
             line = s->blocks[i].start_line;
             col = s->blocks[i].start_col;
         } else {
