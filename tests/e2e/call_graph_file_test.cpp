@@ -1,8 +1,7 @@
-// The call-graph file (-txtdcg) through the real binary, byte for byte
-// against the documented records: modules, functions with and without
-// call-graph data, direct calls, indirect and virtual targets, and the
-// statistics of functions, modules and the program.
-#include <map>
+// The call-graph file (-txtdcg) through the real binary, against golden
+// files: modules, functions with and without call-graph data, direct calls,
+// indirect and virtual targets, and the statistics of functions, modules and
+// the program.
 #include <string>
 
 #include <gtest/gtest.h>
@@ -12,21 +11,6 @@
 #include "tests/support/scenario.h"
 
 using namespace testsupport;
-
-namespace {
-
-void ExpectOnlyCallGraph(const Scenario &s, const RunResult &r, const std::string &expected)
-{
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out, "\n");
-    EXPECT_EQ(r.err, BANNER_LINES + "\n");
-    std::map<std::string, std::string> outputs = s.outputs();
-    EXPECT_EQ(outputs.size(), 1u) << "only the call-graph file: no HTML report";
-    EXPECT_FALSE(s.exists("CodeCoverage"));
-    ExpectSameBytes("cg.txt", expected, outputs["cg.txt"]);
-}
-
-}  // namespace
 
 TEST(CallGraphFile, DirectIndirectAndVirtualCalls)
 {
@@ -59,39 +43,7 @@ TEST(CallGraphFile, DirectIndirectAndVirtualCalls)
     s.write("vemtra.spi", SpiText(p));
     s.write("vemtra.dpi", DpiBytes(p));
 
-    RunResult r = s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV);
-    ExpectOnlyCallGraph(s, r,
-                        ".module 0 \"/src/a.c\"\n"
-                        "    .function \"helper\" 0 1 4\n"
-                        "    .funstats \"helper\" 0 1 4  0 0  0 0  0 0\n"
-                        "    .function \"main\" 0 0 1\n"
-                        "        .dcall 0 0 \"foo(int)\" 4 0\n"
-                        "        .dcall 1 0 \"shared\" 2 2\n"
-                        "        .dcall 2 0 \"helper\" 1 3\n"
-                        "        .icall 0 0 \"helper\" 4 3\n"
-                        "        .vcall 0 1 \"shared\" 4 1\n"
-                        "        .icall 1 0 \"(null)\" 5 0\n"
-                        "        .icall 2 0 \"helper\" 6 2\n"
-                        "        .icall 2 1 \"(null)\" 6 1\n"
-                        "        .vcall 2 2 \"shared\" 6 4\n"
-                        "        .icall 2 3 \"foo(int)\" 6 0\n"
-                        "        .icall 3 0 \"foo(int)\" 3 1\n"
-                        "    .funstats \"main\" 0 0 1  3 5  4 7  2 5\n"
-                        ".mstats \"/src/a.c\" 0 2  3 5  4 7  2 5\n"
-                        ".module 1 \"/src/b.c\"\n"
-                        "    .function \"foo(int)\" 1 3 0\n"
-                        "        .dcall 0 0 \"helper\" 6 0\n"
-                        "    .funstats \"foo(int)\" 1 3 0  1 0  0 0  0 0\n"
-                        "    .function \"helper\" 1 4 1\n"
-                        "    .funstats \"helper\" 1 4 1  0 0  0 0  0 0\n"
-                        "    .function \"nospi\" 1 0 0\n"
-                        "        .icall 0 0 \"main\" 30 2\n"
-                        "    .funstats \"nospi\" 1 0 0  0 0  1 2  0 0\n"
-                        "    .function \"shared\" 1 2 5\n"
-                        "        .dcall 0 0 \"foo(int)\" 5 1\n"
-                        "    .funstats \"shared\" 1 2 5  1 1  0 0  0 0\n"
-                        ".mstats \"/src/b.c\" 1 4  2 1  1 2  0 0\n"
-                        ".tstats 2 6  5 6  5 9  2 5\n");
+    ExpectGolden("call_graph_calls", s, s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV));
 }
 
 TEST(CallGraphFile, DuplicateDefinitionsAndFunctionsDefinedInTwoFiles)
@@ -110,23 +62,7 @@ TEST(CallGraphFile, DuplicateDefinitionsAndFunctionsDefinedInTwoFiles)
     s.write("vemtra.spi", SpiText(p));
     s.write("vemtra.dpi", DpiBytes(p));
 
-    RunResult r = s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV);
-    ExpectOnlyCallGraph(s, r,
-                        ".module 0 \"/src/a.c\"\n"
-                        "    .function \"inl\" 0 0 4\n"
-                        "        .dcall 0 0 \"work\" 2 2\n"
-                        "        .dcall 1 0 \"work\" 1 6\n"
-                        "    .funstats \"inl\" 0 0 4  2 8  0 0  0 0\n"
-                        ".mstats \"/src/a.c\" 0 1  2 8  0 0  0 0\n"
-                        ".module 1 \"/src/b.c\"\n"
-                        "    .function \"inl\" 1 2 2\n"
-                        "        .dcall 0 0 \"work\" 2 2\n"
-                        "        .dcall 1 0 \"work\" 1 6\n"
-                        "    .funstats \"inl\" 1 2 2  2 8  0 0  0 0\n"
-                        "    .function \"work\" 1 1 7\n"
-                        "    .funstats \"work\" 1 1 7  0 0  0 0  0 0\n"
-                        ".mstats \"/src/b.c\" 1 2  2 8  0 0  0 0\n"
-                        ".tstats 2 3  4 16  0 0  0 0\n");
+    ExpectGolden("call_graph_definitions", s, s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV));
 }
 
 TEST(CallGraphFile, CorruptStaticProfileLine)
@@ -144,4 +80,17 @@ TEST(CallGraphFile, CorruptStaticProfileLine)
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err, BANNER_LINES + "\nvemcov: ERROR: corrupt spi file 'vemtra.spi', line 1\n");
     EXPECT_EQ(s.read("cg.txt"), "");
+}
+
+TEST(CallGraphFile, ValueSiteOutsideItsSegment)
+{
+    Scenario s;
+    Project p;
+    p.Add("/src/a.c", "main", 3).Blocks({{2, 3, 1}}).value_sites = {{1, {{0x1000, 4, 0}}}};
+    s.write("vemtra.spi", SpiText(p));
+    s.write("vemtra.dpi", DpiBytes(p));
+    RunResult r = s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV);
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.err, BANNER_LINES + "\nshared/vemtra/tallyfold:892 ASSERTX(i < dpi->block_cnt)\n");
+    EXPECT_EQ(s.read("cg.txt"), ".module 0 \"/src/a.c\"\n    .function \"main\" 0 0 2\n");
 }
