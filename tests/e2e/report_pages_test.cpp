@@ -1,9 +1,9 @@
-// The report's entry pages from whole runs: toolbar, help, images, the
-// covered and uncovered file tables in all their orders, the summary and the
-// root frameset, compared with golden trees; and every link of the report
-// names a file that was written, with its exact letter case.
-#include <algorithm>
-#include <filesystem>
+// The report's entry pages from whole runs, compared with golden trees:
+// toolbar, help, images, the covered and uncovered file tables in all their
+// orders, the summary and the root frameset with no table, the uncovered
+// table alone, both tables, and both under -ref; the project name and the
+// page owner; every link of those reports resolving; no report under
+// -nohtml; a rerun over an existing report.
 #include <string>
 #include <vector>
 
@@ -14,7 +14,6 @@
 #include "tests/support/scenario.h"
 
 using testsupport::Project;
-using testsupport::ReportLink;
 using testsupport::RunResult;
 using testsupport::Scenario;
 
@@ -49,12 +48,11 @@ const char UTIL_C[] =
     "}\n";
 
 // main.c ran (one block of main did not).
-void AddMain(Scenario &scenario, Project &project, uint64_t scale = 1)
+void AddMain(Scenario &scenario, Project &project)
 {
     scenario.write("main.c", MAIN_C);
-    project.Add(scenario.path("main.c"), "square", 3).Blocks({{1 * scale, 5, 5}});
-    project.Add(scenario.path("main.c"), "main", 8)
-        .Blocks({{1 * scale, 10, 5}, {1 * scale, 11, 9}, {0, 13, 9}, {1 * scale, 14, 5}});
+    project.Add(scenario.path("main.c"), "square", 3).Blocks({{1, 5, 5}});
+    project.Add(scenario.path("main.c"), "main", 8).Blocks({{1, 10, 5}, {1, 11, 9}, {0, 13, 9}, {1, 14, 5}});
 }
 
 // lib/util.c: by default never run (its functions have no segment), or run
@@ -72,41 +70,6 @@ void WriteProfiles(Scenario &scenario, const Project &project)
     scenario.write("vemtra.dpi", testsupport::DpiBytes(project));
 }
 
-// The report's own pages all begin "__"; the others are the pages of the
-// source files (framesets, listings, function lists). Until a run writes any
-// listing those pages are not expected to exist, and links to them are
-// skipped; once listings are written every link is checked.
-void ExpectEveryLinkResolves(const Scenario &scenario)
-{
-    namespace fs = std::filesystem;
-    bool listingsWritten = false;
-    std::vector<std::string> pages;
-    for (const auto &entry : fs::directory_iterator(scenario.path("CodeCoverage"))) {
-        std::string name = entry.path().filename().string();
-        listingsWritten = listingsWritten || name.find("_SRC.HTML") != std::string::npos;
-        if (entry.path().extension() == ".HTML")
-            pages.push_back("CodeCoverage/" + name);
-    }
-    auto skip = [&](const std::string &file) {
-        return !listingsWritten && file.rfind("CodeCoverage/__", 0) != 0 && file.rfind("CodeCoverage/", 0) == 0;
-    };
-    std::vector<std::string> visited;
-    for (const ReportLink &link : testsupport::BrokenLinks(scenario.dir(), "CODE_COVERAGE.HTML", skip, &visited))
-        ADD_FAILURE() << link.page << " links to " << link.target << ", but " << link.file << " was not written";
-    // The help page opens from the toolbar of the file framesets, so while
-    // there are none it is reached from the toolbar itself.
-    for (const ReportLink &link : testsupport::BrokenLinks(scenario.dir(), "CodeCoverage/__TOOLBAR.HTML", skip, &visited))
-        ADD_FAILURE() << link.page << " links to " << link.target << ", but " << link.file << " was not written";
-    for (const std::string &page : pages) {
-        if (!skip(page)) {
-            EXPECT_NE(std::find(visited.begin(), visited.end(), page), visited.end()) << page << " is not linked";
-        }
-    }
-    for (const char *image : {"__Home.gif", "__Help.gif", "__TarskR.gif", "__Spacer.gif"})
-        EXPECT_NE(std::find(visited.begin(), visited.end(), std::string("CodeCoverage/") + image), visited.end())
-            << image << " is not used";
-}
-
 // Runs the tool and compares everything it wrote with the golden case, then
 // follows the links of the report.
 void ExpectReport(const Scenario &scenario, const std::string &golden, const std::vector<std::string> &args)
@@ -114,19 +77,10 @@ void ExpectReport(const Scenario &scenario, const std::string &golden, const std
     RunResult result = scenario.run(args);
     EXPECT_EQ(result.status, 0) << result.err;
     ExpectGolden(golden, scenario, result);
-    ExpectEveryLinkResolves(scenario);
+    testsupport::ExpectLinksResolve(scenario.dir());
 }
 
 }  // namespace
-
-TEST(ReportPages, CoveredFilesOnly)
-{
-    Scenario scenario;
-    Project project;
-    AddMain(scenario, project, 1000);
-    WriteProfiles(scenario, project);
-    ExpectReport(scenario, "report_covered_only", {"-nopmeter"});
-}
 
 TEST(ReportPages, UncoveredFilesOnlyWithProjectName)
 {

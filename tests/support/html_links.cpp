@@ -6,6 +6,9 @@
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <vector>
+
+#include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
 
@@ -13,29 +16,29 @@ namespace testsupport {
 
 namespace {
 
-// True when `html` holds `attribute` (lower case) at `at`, in any letter case,
-// as a whole word.
-bool AttributeAt(const std::string &html, size_t at, const std::string &attribute)
+std::string ReadPage(const fs::path &path)
 {
-    if (at > 0 && (isalnum(static_cast<unsigned char>(html[at - 1])) || html[at - 1] == '_'))
-        return false;
-    if (html.size() - at < attribute.size())
-        return false;
-    for (size_t i = 0; i < attribute.size(); ++i) {
-        if (tolower(static_cast<unsigned char>(html[at + i])) != attribute[i])
-            return false;
-    }
-    return true;
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream html;
+    html << in.rdbuf();
+    return html.str();
 }
 
-}  // namespace
-
+// The values of the href and src attributes of a page (any letter case), in
+// order of appearance.
 std::vector<std::string> LinksOf(const std::string &html)
 {
     std::vector<std::string> links;
     for (size_t at = 0; at < html.size(); ++at) {
+        if (at > 0 && (isalnum(static_cast<unsigned char>(html[at - 1])) || html[at - 1] == '_'))
+            continue;
         for (const std::string attribute : {"href=\"", "src=\""}) {
-            if (!AttributeAt(html, at, attribute))
+            if (html.size() - at < attribute.size())
+                continue;
+            bool same = true;
+            for (size_t i = 0; i < attribute.size() && same; ++i)
+                same = tolower(static_cast<unsigned char>(html[at + i])) == attribute[i];
+            if (!same)
                 continue;
             size_t start = at + attribute.size();
             size_t end = html.find('"', start);
@@ -49,42 +52,43 @@ std::vector<std::string> LinksOf(const std::string &html)
     return links;
 }
 
-std::vector<ReportLink> BrokenLinks(const std::string &dir, const std::string &rootPage,
-                                    const std::function<bool(const std::string &file)> &skip,
-                                    std::vector<std::string> *visited)
+}  // namespace
+
+void ExpectLinksResolve(const std::string &dir, const std::function<bool(const std::string &link)> &anchorMayMiss)
 {
-    std::vector<ReportLink> broken;
-    std::set<std::string> seen = {rootPage};
-    std::vector<std::string> pending = {rootPage};
-    if (!fs::exists(fs::path(dir) / rootPage))
-        broken.push_back({"", rootPage, rootPage});
+    std::set<std::string> reached;
+    std::vector<std::string> pending;
+    for (const char *start : {"CODE_COVERAGE.HTML", "CodeCoverage/__TOOLBAR.HTML"}) {
+        EXPECT_TRUE(fs::is_regular_file(fs::path(dir) / start)) << start << " was not written";
+        reached.insert(start);
+        pending.push_back(start);
+    }
     while (!pending.empty()) {
         std::string page = pending.back();
         pending.pop_back();
-        if (visited != nullptr)
-            visited->push_back(page);
-        std::ifstream in(fs::path(dir) / page, std::ios::binary);
-        std::ostringstream html;
-        html << in.rdbuf();
-        for (const std::string &target : LinksOf(html.str())) {
-            std::string path = target.substr(0, target.find('#'));
+        for (const std::string &link : LinksOf(ReadPage(fs::path(dir) / page))) {
+            size_t hash = link.find('#');
+            std::string path = link.substr(0, hash);
             if (path.empty() || path.find(':') != std::string::npos)
                 continue;
             std::string file = (fs::path(page).parent_path() / path).lexically_normal().string();
-            if (skip(file) || seen.count(file) != 0)
-                continue;
-            seen.insert(file);
             if (!fs::is_regular_file(fs::path(dir) / file)) {
-                broken.push_back({page, target, file});
+                ADD_FAILURE() << page << " links to " << link << ", but " << file << " was not written";
                 continue;
             }
-            if (fs::path(file).extension() == ".HTML")
+            if (hash != std::string::npos && !(anchorMayMiss && anchorMayMiss(link))) {
+                std::string anchor = "<a name=\"" + link.substr(hash + 1) + "\"";
+                EXPECT_NE(ReadPage(fs::path(dir) / file).find(anchor), std::string::npos)
+                    << page << " links to " << link << ", which " << file << " does not hold";
+            }
+            if (reached.insert(file).second && fs::path(file).extension() == ".HTML")
                 pending.push_back(file);
-            else if (visited != nullptr)
-                visited->push_back(file);
         }
     }
-    return broken;
+    for (const auto &entry : fs::directory_iterator(fs::path(dir) / "CodeCoverage")) {
+        std::string file = "CodeCoverage/" + entry.path().filename().string();
+        EXPECT_EQ(reached.count(file), 1u) << file << " is written but no link reaches it";
+    }
 }
 
 }  // namespace testsupport
