@@ -17,18 +17,6 @@
 static const char TABLE_HEADING_START[] =
     "<h4 ALIGN=\"center\" STYLE=\"font-family:Arial,Helvetica;color:#3366ff\">";
 
-/* The part of a path after its last "/". */
-static const char *baseName(const char *path)
-{
-    const char *slash = strrchr(path, '/');
-    return slash != nullptr ? slash + 1 : path;
-}
-
-static int comparePercent(double a, double b)
-{
-    return a < b ? -1 : (a > b ? 1 : 0);
-}
-
 /* Orders positions of the file array by the keys of `order`. */
 struct FileBefore {
     filename_list_node **files;
@@ -41,11 +29,11 @@ struct FileBefore {
         int key = order < 0 ? -order : order;
         int result = 0;
         if (key == 2)
-            result = comparePercent(x->funcPercent, y->funcPercent);
+            result = compareKey(x->funcPercent, y->funcPercent);
         else if (key == 3)
-            result = comparePercent(x->blockPercent, y->blockPercent);
+            result = compareKey(x->blockPercent, y->blockPercent);
         if (result == 0)
-            result = strcmp(baseName(x->path), baseName(y->path));
+            result = strcmp(pathBaseName(x->path), pathBaseName(y->path));
         return order > 0 ? result < 0 : result > 0;
     }
 };
@@ -125,7 +113,7 @@ static void writeFileRow(FILE *page, const filename_list_node *file, const char 
 {
     fputs(DATA_ROW_START, page);
     fprintf(page, "<TD ALIGN=\"left\"><a href=\"%s\" title=\"%s\">%s</a></TD>\n",
-            getHTMLname(file->path, ext), file->path, baseName(file->path));
+            getHTMLname(file->path, ext), file->path, pathBaseName(file->path));
     writeNumberCell(page, file->totalFuncs);
     if (detailed) {
         writeNumberCell(page, file->coveredFuncs);

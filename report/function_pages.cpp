@@ -72,11 +72,6 @@ std::string functionListBase(const char *path, bool covered, int number)
     return base;
 }
 
-static int compareNumbers(double a, double b)
-{
-    return a < b ? -1 : (a > b ? 1 : 0);
-}
-
 static int compareNames(const func *a, const func *b)
 {
     return strcmp(a->name != nullptr ? a->name : "", b->name != nullptr ? b->name : "");
@@ -91,13 +86,13 @@ struct FunctionBefore {
         int key = order < 0 ? -order : order;
         int result = 0;
         if (key == 2)
-            result = compareNumbers(a->percent, b->percent);
+            result = compareKey(a->percent, b->percent);
         if (result == 0 && key != 1)
-            result = compareNumbers(a->blocks, b->blocks);
+            result = compareKey(a->blocks, b->blocks);
         if (result == 0)
             result = compareNames(a, b);
         if (result == 0)
-            result = compareNumbers(a->line, b->line);
+            result = compareKey(a->line, b->line);
         return order > 0 ? result < 0 : result > 0;
     }
 };

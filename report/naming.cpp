@@ -141,6 +141,12 @@ const char *getDirSrcHTMLname(const char *path, const char *ext)
     return makeName(true, path, "_SRC", false, 0, ext, ORDER_OR_DIR_EXTRA);
 }
 
+const char *pathBaseName(const char *path)
+{
+    const char *slash = strrchr(path, '/');
+    return slash != nullptr ? slash + 1 : path;
+}
+
 void hyphenize(char *text)
 {
     for (; *text != '\0'; ++text) {

@@ -57,6 +57,10 @@ const char *getDirSrcHTMLname(const char *path, const char *ext);
  * more, then the smallest power of two above that need). */
 size_t reportNameBufferSize();
 
+/* The part of `path` after its last "/", or the whole path: the name a
+ * page shows for a source file. */
+const char *pathBaseName(const char *path);
+
 /* In place: every "/", ":" and "\" of `text` becomes "_". */
 void hyphenize(char *text);
 

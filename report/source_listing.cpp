@@ -6,6 +6,7 @@
 #include "analysis/comment_parser.h"
 #include "report/colors.h"
 #include "report/coverage_store.h"
+#include "report/naming.h"
 #include "report/page_foot.h"
 #include "report/percent_format.h"
 #include "report/source_reader.h"
@@ -100,8 +101,7 @@ static void WriteSrcFileLineColor(FILE *page, uint32_t line, const char *colour)
  * after its last "/". */
 static void WriteSrcFileHeader(FILE *page, const ListingSource &file, bool reference)
 {
-    const char *slash = strrchr(file.path, '/');
-    const char *name = slash != nullptr ? slash + 1 : file.path;
+    const char *name = pathBaseName(file.path);
     fputs(HEAD_START, page);
     fprintf(page, HEAD_TITLE, name);
     fputs(HEAD_BODY, page);

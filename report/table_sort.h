@@ -58,14 +58,12 @@ void quickSortTable(T *items, int low, int high, Before before)
     }
 }
 
-/* Sorts a table by the rule above. */
-template <class T, class Before>
-void sortTable(T *items, int count, Before before)
+/* -1, 0 or 1 as `a` is below, equal to or above `b`: one key of a table's
+ * comparison. */
+template <class T>
+int compareKey(T a, T b)
 {
-    if (count < TABLE_QUICKSORT_THRESHOLD)
-        exchangeSortTable(items, count, before);
-    else
-        quickSortTable(items, 0, count - 1, before);
+    return a < b ? -1 : (a > b ? 1 : 0);
 }
 
 #endif
