@@ -1,6 +1,6 @@
-// The pages of one source file from the state the analysis leaves: the
-// failures that stop them before the frameset. (Which pages a file gets is
-// checked by the end-to-end golden trees.)
+// The pages of one source file from the state the analysis leaves: each
+// failure, its message, and the frameset that is then not written. (Which
+// pages a file gets is shown by the end-to-end golden trees.)
 #include <cstdio>
 #include <string>
 #include <sys/stat.h>
@@ -14,22 +14,24 @@
 #include "tests/support/capture.h"
 #include "tests/support/scratch_dir.h"
 
-using testsupport::CaptureInChild;
 using testsupport::Captured;
+using testsupport::CaptureInChild;
 using testsupport::ScratchDir;
 
 namespace {
 
-// In a child: makes `dir` current, writes m.c (unless `withSource` is
-// false), gives it one covered and `uncovered` uncovered functions, and
-// writes its pages. The child exits 0 on success, 7 on a false result.
-Captured WritePages(const ScratchDir &dir, int uncovered, bool withReportDir = true, bool withSource = true)
+// In a child, in `dir`: writes m.c with one covered and one uncovered
+// function, removes it again unless `withSource`, puts a directory in the
+// way of the page `blocked` (none when empty), and writes the file's pages.
+// The child exits 7 on a false result.
+Captured WritePages(const ScratchDir &dir, const std::string &blocked, bool withSource = true)
 {
     return CaptureInChild([&] {
         if (chdir(dir.path().c_str()) != 0)
             _exit(90);
-        if (withReportDir)
-            mkdir("CodeCoverage", 0777);
+        mkdir("CodeCoverage", 0777);
+        if (!blocked.empty())
+            mkdir(("CodeCoverage/" + blocked).c_str(), 0777);
         FILE *source = fopen("m.c", "w");
         fputs("int f() { return 1; }\nint g() { return 2; }\n", source);
         fclose(source);
@@ -44,31 +46,36 @@ Captured WritePages(const ScratchDir &dir, int uncovered, bool withReportDir = t
         static func covered{f, f, 1, 1, 1, 100.0};
         static func notCovered{g, g, 2, 1, 0, 0.0};
         static func *table[2] = {&covered, &notCovered};
-        fileFuncs = table;
-        fileFuncsCovered = table;
-        numFileFuncsCovered = 1;
+        fileFuncs = fileFuncsCovered = table;
         fileFuncsUncovered = table + 1;
-        numFileFuncsUncovered = uncovered;
-        functionCoverage = 50.0;
-        blockCoverage = 50.0;
+        numFileFuncsCovered = numFileFuncsUncovered = 1;
         ListingWorkArea work;
         if (!bOutputLineCoverage("html", &work))
             _exit(7);
     });
 }
 
-TEST(LineCoverage, FailuresReturnFalseWithoutAFrameset)
+TEST(LineCoverage, EachFailureHasItsMessageAndLeavesNoFrameset)
 {
-    ScratchDir dir;
-    Captured c = WritePages(dir, 1, true, false);
-    EXPECT_EQ(7, c.status);
-    EXPECT_EQ("Error - Cannot open m.c!\n", c.err);
-    EXPECT_FALSE(dir.exists("CodeCoverage/M_C.HTML"));
-
-    ScratchDir noReportDir;
-    c = WritePages(noReportDir, 1, false);
-    EXPECT_EQ(7, c.status);
-    EXPECT_EQ("Cannot open CodeCoverage/M_C_SRC.HTML for output!\n", c.err);
+    const struct {
+        const char *blocked;
+        bool withSource;
+        const char *message;
+    } cases[] = {
+        {"", false, "Error - Cannot open m.c!\n"},
+        {"M_C_SRC.HTML", true, "Cannot open CodeCoverage/M_C_SRC.HTML for output!\n"},
+        {"M_C_UNCVRDFNCS_0.HTML", true, "Cannot open CodeCoverage/M_C_UNCVRDFNCS_0.HTML for output!\n"},
+        {"M_C.HTML", true, "Unable to create root html file m.c!\n"},
+    };
+    for (const auto &c : cases) {
+        ScratchDir dir;
+        Captured run = WritePages(dir, c.blocked, c.withSource);
+        EXPECT_EQ(7, run.status) << c.blocked;
+        EXPECT_EQ(c.message, run.err);
+        if (std::string(c.blocked) != "M_C.HTML") {
+            EXPECT_FALSE(dir.exists("CodeCoverage/M_C.HTML")) << c.blocked;
+        }
+    }
 }
 
 }  // namespace
