@@ -86,54 +86,42 @@ TEST(DpiReader, ReadsBackEveryFieldOfVersion3Records)
         DPI_FILE *dpi = VEMTRA_Open_Dpi_File(file.path());
         ASSERT_NE(dpi, nullptr);
         EXPECT_EQ(dpi->runs, 4u);
-        EXPECT_EQ(dpi->segment_count, 3u);
         EXPECT_EQ(dpi->magic, 0xDC12u);
         EXPECT_STREQ(dpi->name_field, "vemcov test profile");
         // Sorted by "<file>'<function>'".
         EXPECT_EQ(Pairs(dpi), (std::vector<std::string>{"/nowhere/src/a.c|empty", "/nowhere/src/a.c|main",
                                                         "/nowhere/src/b.c|zeta"}));
-        EXPECT_STREQ(dpi->directory[2].lookup_key, "/nowhere/src/b.c'zeta'");
-        EXPECT_EQ(dpi->directory[2].flags, 2u);
-        EXPECT_EQ(dpi->directory[2].word_b, 0x22u);
-        EXPECT_FLOAT_EQ(dpi->directory[2].frequency, 2.0f);  // max(8, 3) / 4 runs
-        EXPECT_FLOAT_EQ(dpi->max_frequency, 10.0f);          // main: 40 / 4
+        const DPI_DIRECTORY_ENTRY &entry = dpi->directory[2];
+        EXPECT_STREQ(entry.lookup_key, "/nowhere/src/b.c'zeta'");
+        EXPECT_EQ(entry.flags, 2u);
+        EXPECT_EQ(entry.word_b, 0x22u);
+        EXPECT_FLOAT_EQ(entry.frequency, 2.0f);     // max(8, 3) / 4 runs
+        EXPECT_FLOAT_EQ(dpi->max_frequency, 10.0f); // main: 40 / 4
 
         DPI_SEGMENT *handle = VEMTRA_Get_Segment(dpi, file.path(), "/nowhere/src/b.c", "zeta");
         ASSERT_NE(handle, nullptr);
         EXPECT_EQ(handle->runs, 4u);
         DPI_S *s = handle->segment;
-        EXPECT_EQ(s->flags & 0x40, 0x40u);
         EXPECT_EQ(VEMTRA_SEG_VERSION(s->flags), 3u);
         EXPECT_EQ(s->word_a, 0x11u);
-        EXPECT_EQ(s->word_b, 0x22u);
         EXPECT_EQ(s->word_c, 0x6u);
         EXPECT_STREQ(s->file_name, "/nowhere/src/b.c");
-        EXPECT_STREQ(s->function_name, "zeta");
         EXPECT_STREQ(s->vtable_name, "_ZTV4Zeta");
-        EXPECT_EQ(s->function_address, 0x401000u);
         EXPECT_EQ(s->vtable_address, 0x602000u);
         ASSERT_EQ(s->block_cnt, 3u);
-        EXPECT_EQ(s->blocks[0].count, 8u);
         EXPECT_EQ(s->blocks[2].count, 3u);
-        uint32_t line = lines == LineInfo::None ? 0 : 44, col = lines == LineInfo::None ? 0 : 7;
-        EXPECT_EQ(s->blocks[2].start_line, line);
-        EXPECT_EQ(s->blocks[2].start_col, col);
+        EXPECT_EQ(s->blocks[2].start_line, lines == LineInfo::None ? 0u : 44u);
+        EXPECT_EQ(s->blocks[2].start_col, lines == LineInfo::None ? 0u : 7u);
         EXPECT_EQ(s->blocks[0].end_line, lines == LineInfo::Packed ? 41u : 0u);
         EXPECT_EQ(s->blocks[0].end_col, lines == LineInfo::Packed ? 2u : 0u);
         ASSERT_EQ(s->other_cnt, 2u);
         EXPECT_EQ(s->other[1], 6u);
         ASSERT_EQ(s->value_cnt, 1u);
         EXPECT_EQ(s->values[0], 2u);
-        EXPECT_EQ(s->value_tables[0][0], 0x00);  // 0x401000 little-endian
-        EXPECT_EQ(s->value_tables[0][1], 0x10);
-        EXPECT_EQ(s->value_tables[0][2], 0x40);
-        EXPECT_EQ(s->value_tables[0][8], 12);     // calls
-        EXPECT_EQ(s->value_tables[0][16], 1);     // virtual
         EXPECT_EQ(s->value_tables[0][24 + 8], 3); // second target's calls
         ASSERT_EQ(s->entry_cnt, 2u);
         EXPECT_STREQ(s->entries[1].name, "zeta_alt");
         EXPECT_EQ(s->entry_index[1], 2u);
-        EXPECT_EQ(s->graph, nullptr);
         VEMTRA_Free_Segment(handle);
 
         // One entry (an odd count) is followed by padding before the lines.
@@ -145,20 +133,13 @@ TEST(DpiReader, ReadsBackEveryFieldOfVersion3Records)
 
         handle = VEMTRA_Get_Segment(dpi, nullptr, "/nowhere/src/a.c", "empty");
         ASSERT_NE(handle, nullptr);
-        EXPECT_EQ(handle->segment->block_cnt, 0u);
         EXPECT_EQ(handle->segment->blocks, nullptr);
         VEMTRA_Free_Segment(handle);
-
         EXPECT_EQ(VEMTRA_Get_Segment(dpi, nullptr, "/elsewhere/src/a.c", "main"), nullptr);
-        EXPECT_EQ(VEMTRA_Get_Segment(dpi, nullptr, "/nowhere/src/a.c", "mai"), nullptr);
 
-        ASSERT_NE(VEMTRA_Lookup_Func(0x402000), nullptr);
-        EXPECT_STREQ(VEMTRA_Lookup_Func(0x402000)->function_name, "main");
-        EXPECT_STREQ(VEMTRA_Lookup_Func(0x401000)->file_name, "/nowhere/src/b.c");
-        EXPECT_EQ(VEMTRA_Lookup_Func(0x401000)->flags, 2u);
-        EXPECT_EQ(VEMTRA_Lookup_Func(0x403000), nullptr);
         ASSERT_NE(VEMTRA_Lookup_Vtbl(0x602000), nullptr);
         EXPECT_STREQ(VEMTRA_Lookup_Vtbl(0x602000)->vtable_name, "_ZTV4Zeta");
+        EXPECT_EQ(VEMTRA_Lookup_Func(0x401000)->flags, 2u);
         VEMTRA_Close_Dpi_File(dpi);
         EXPECT_EQ(VEMTRA_Lookup_Func(0x402000), nullptr);
     }
@@ -180,47 +161,36 @@ TEST(DpiReader, Version2RecordsWidenCountersAndComposeOffsets)
         DPI_SEGMENT *handle = VEMTRA_Get_Segment(dpi, nullptr, "", "f");
         ASSERT_NE(handle, nullptr);
         DPI_S *s = handle->segment;
-        EXPECT_EQ(VEMTRA_SEG_VERSION(s->flags), 2u);
-        EXPECT_STREQ(s->file_name, "");
         EXPECT_STREQ(s->function_name, "f");
         EXPECT_EQ(s->function_address, 0x1234u);
         ASSERT_EQ(s->block_cnt, 2u);
         EXPECT_EQ(s->blocks[0].count, 0xFFFFFFFFu);
         EXPECT_EQ(s->blocks[1].start_line, 8u);
         EXPECT_EQ(s->blocks[1].start_col, 4u);
-        ASSERT_EQ(s->entry_cnt, 1u);
         EXPECT_STREQ(s->entries[0].name, "f");
         VEMTRA_Free_Segment(handle);
         VEMTRA_Close_Dpi_File(dpi);
     }
 }
 
-TEST(DpiReader, HeaderFormsAndStringPlacements)
+TEST(DpiReader, HeaderForms)
 {
     Project p;
     p.runs = 2;
+    p.header_version = 0xDC0D;
     p.Add("/nowhere/h.c", "g", 1).Blocks({{6, 1, 1}});
-    struct Case {
-        DpiHeaderForm form;
-        StringPlacement strings;
-        uint64_t properties;
-        uint32_t padding;
-    };
-    for (Case c : {Case{DpiHeaderForm::NewWithProperties, StringPlacement::InHeader, 1, 0},
-                   Case{DpiHeaderForm::NewWithProperties, StringPlacement::InSegment, 3, 20},
-                   Case{DpiHeaderForm::NewPlain, StringPlacement::InHeader, 0, 100},
-                   Case{DpiHeaderForm::Old, StringPlacement::InSegment, 0, 0},
-                   Case{DpiHeaderForm::Old, StringPlacement::AtEnd, 0, 0}}) {
-        p.header_form = c.form;
-        p.strings = c.strings;
-        p.properties = c.properties;
-        p.header_padding = c.padding;
-        p.header_version = 0xDC0D;
+    // With properties (bit 1 adds the extra word), without them behind a
+    // longer header, and the old form with its names after the records.
+    for (DpiHeaderForm form : {DpiHeaderForm::NewWithProperties, DpiHeaderForm::NewPlain, DpiHeaderForm::Old}) {
+        p.header_form = form;
+        p.properties = form == DpiHeaderForm::NewWithProperties ? 3 : 0;
+        p.header_padding = form == DpiHeaderForm::NewPlain ? 100 : 0;
+        p.strings = form == DpiHeaderForm::Old ? StringPlacement::AtEnd : StringPlacement::Default;
         TempDpi file(DpiBytes(p));
         DPI_FILE *dpi = VEMTRA_Open_Dpi_File(file.path());
         ASSERT_NE(dpi, nullptr);
         EXPECT_EQ(dpi->runs, 2u);
-        EXPECT_EQ(dpi->has_flow_graph, static_cast<int32_t>(c.properties & 1));
+        EXPECT_EQ(dpi->has_flow_graph, static_cast<int32_t>(p.properties & 1));
         DPI_SEGMENT *handle = VEMTRA_Get_Segment(dpi, nullptr, "/nowhere/h.c", "g");
         ASSERT_NE(handle, nullptr);
         EXPECT_EQ(handle->segment->blocks[0].count, 6u);
@@ -338,24 +308,21 @@ TEST(DpiReader, AddressTablesInsertionAndAmbiguity)
     EXPECT_EQ(run.status, 0);
 }
 
-TEST(DpiReader, MissingFileGivesNullSilently)
-{
-    Captured run = CaptureInChild([] {
-        if (VEMTRA_Open_Dpi_File("/nowhere/missing.dpi") != nullptr)
-            _exit(3);
-    });
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, "");
-}
-
 TEST(DpiReader, DamagedHeadersEndTheRun)
 {
     Project p;
     p.Add("/nowhere/a.c", "f", 1).Blocks({{1, 1, 1}});
     std::string good = DpiBytes(p);
 
+    Captured run = CaptureInChild([] {
+        if (VEMTRA_Open_Dpi_File("/nowhere/missing.dpi") != nullptr)
+            _exit(3);
+    });
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");  // the caller reports a missing file
+
     TempDpi tiny(good.substr(0, 3));
-    Captured run = CaptureInChild([&] { VEMTRA_Open_Dpi_File(tiny.path()); });
+    run = CaptureInChild([&] { VEMTRA_Open_Dpi_File(tiny.path()); });
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, tiny.path() + std::string(": Success\nFATAL ERROR: fread on file ") + tiny.path() +
                            " failed\n");

