@@ -16,6 +16,7 @@
 #include "shared/vemtra/client/call_graph.h"
 #include "shared/vemtra/client/dpi_file.h"
 #include "shared/vemtra/client/dpi_segment.h"
+#include "shared/vemtra/client/dpi_stream.h"
 #include "shared/vemtra/tallyfold/assertx.h"
 
 static const char MSG_CORRUPT[] = "%s is corrupt!\n";
@@ -120,15 +121,6 @@ static void writeDirectCalls(FILE *out, const std::string &name, int module, ent
     }
 }
 
-/* A little-endian 64-bit word of a target record. */
-static uint64_t targetWord(const unsigned char *record, int at)
-{
-    uint64_t value = 0;
-    for (int i = 7; i >= 0; i--)
-        value = (value << 8) | record[at + i];
-    return value;
-}
-
 /* One record per target of each value-profile site of the segment. */
 static void writeIndirectCalls(FILE *out, const DPI_SEGMENT *handle, CallStats *stats)
 {
@@ -140,7 +132,7 @@ static void writeIndirectCalls(FILE *out, const DPI_SEGMENT *handle, CallStats *
         bool indirect = false, isVirtual = false;
         for (int t = 0; t < VEMTRA_VALUE_TARGETS; t++) {
             const unsigned char *record = dpi->value_tables[site] + t * VEMTRA_VALUE_RECORD_SIZE;
-            uint64_t calls = targetWord(record, 8);
+            uint64_t calls = vemtra_Le_Value(record + 8, 8);
             if (calls == 0) {
                 if (t == 0) {
                     fprintf(out, "        %s %d %d \"%s\" %d 0\n", KIND_INDIRECT, static_cast<int>(site), 0,
@@ -150,9 +142,9 @@ static void writeIndirectCalls(FILE *out, const DPI_SEGMENT *handle, CallStats *
                 break;
             }
             uint64_t count = truncatedCount(static_cast<double>(calls) / static_cast<double>(handle->runs));
-            const DPI_FUNC_INFO *target = VEMTRA_Lookup_Func(targetWord(record, 0));
+            const DPI_FUNC_INFO *target = VEMTRA_Lookup_Func(vemtra_Le_Value(record, 8));
             std::string name = target != nullptr ? displayName(target->function_name) : NULL_NAME;
-            bool virtualCall = (targetWord(record, 16) & TARGET_VIRTUAL) != 0;
+            bool virtualCall = (vemtra_Le_Value(record + 16, 8) & TARGET_VIRTUAL) != 0;
             fprintf(out, "        %s %d %d \"%s\" %d %" PRIu64 "\n", virtualCall ? KIND_VIRTUAL : KIND_INDIRECT,
                     static_cast<int>(site), t, name.c_str(), line, count);
             if (virtualCall) {

@@ -90,20 +90,12 @@ static entry *vemtra_Bucket_Find(const vemtra_entry_bucket *bucket, uint64_t fin
     return nullptr;
 }
 
-static char *vemtra_Copy(const char *text)
-{
-    size_t length = strlen(text) + 1;
-    char *copy = static_cast<char *>(malloc(length));
-    memcpy(copy, text, length);
-    return copy;
-}
-
 /* The key of a node: "module name" for a static function, "name" alone for
  * an external one. A fresh allocation. */
 static char *vemtra_Entry_Key(const char *module, const char *name, int is_static)
 {
     if (!is_static)
-        return vemtra_Copy(name);
+        return strdup(name);
     size_t module_len = strlen(module);
     size_t name_len = strlen(name);
     char *key = static_cast<char *>(malloc(module_len + 1 + name_len + 1));
@@ -119,7 +111,7 @@ static void vemtra_Entry_Define(entry *node, const char *module, int32_t line, f
                                 int flag2, uint32_t word_b)
 {
     free(node->module);
-    node->module = vemtra_Copy(module);
+    node->module = strdup(module);
     node->line = line;
     node->frequency = frequency;
     node->flags = VEMTRA_ENTRY_DEFINED | (is_static ? VEMTRA_ENTRY_STATIC : 0u) | (flag2 ? VEMTRA_ENTRY_FLAG2 : 0u);
@@ -131,7 +123,7 @@ static void vemtra_Entry_Define(entry *node, const char *module, int32_t line, f
 static entry *vemtra_Entry_Create(char *key, uint32_t key_hash, const char *name)
 {
     entry *node = static_cast<entry *>(calloc(1, sizeof(entry)));
-    node->name = vemtra_Copy(name);
+    node->name = strdup(name);
     node->line = -1;
     node->frequency = 0.0f;
     node->number = VEMTRA_entry_count++;
@@ -183,7 +175,7 @@ entry *entry_lookup(const char *module, const char *name, int32_t line, float fr
         if (define)
             vemtra_Entry_Define(node, module, line, frequency, is_static, flag2, word_b);
         else if (is_static)
-            node->module = vemtra_Copy(module);
+            node->module = strdup(module);
         vemtra_Bucket_Add(bucket, fingerprint, node);
         return node;
     }
@@ -205,7 +197,7 @@ entry *entry_lookup(const char *module, const char *name, int32_t line, float fr
         return node;
     }
     entry *last = vemtra_Entry_Chain_Last(node);
-    entry *other = vemtra_Entry_Create(vemtra_Copy(node->key), node->key_hash, name);
+    entry *other = vemtra_Entry_Create(strdup(node->key), node->key_hash, name);
     vemtra_Entry_Define(other, module, line, frequency, is_static, flag2, word_b);
     last->next_same_key = other;
     vemtra_Entry_Move_Edges(last, other);

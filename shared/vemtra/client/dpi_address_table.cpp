@@ -28,14 +28,6 @@ struct vemtra_address_table {
 static vemtra_address_table *func_table = nullptr;
 static vemtra_address_table *vtbl_table = nullptr;
 
-static char *vemtra_Copy(const char *text)
-{
-    size_t length = strlen(text) + 1;
-    char *copy = static_cast<char *>(malloc(length));
-    memcpy(copy, text, length);
-    return copy;
-}
-
 static void vemtra_Free_Func_Info(void *info)
 {
     DPI_FUNC_INFO *func = static_cast<DPI_FUNC_INFO *>(info);
@@ -115,8 +107,8 @@ void vemtra_Add_Func_Address(uint64_t address, const char *function_name, const 
     if (func_table == nullptr || vemtra_Table_Holds(func_table, address, function_name))
         return;
     DPI_FUNC_INFO *info = static_cast<DPI_FUNC_INFO *>(malloc(sizeof(DPI_FUNC_INFO)));
-    info->function_name = vemtra_Copy(function_name);
-    info->file_name = vemtra_Copy(file_name);
+    info->function_name = strdup(function_name);
+    info->file_name = strdup(file_name);
     info->word_b = word_b;
     info->flags = flags;
     info->frequency = frequency;
@@ -128,7 +120,7 @@ void vemtra_Add_Vtbl_Address(uint64_t address, const char *vtable_name)
     if (vtbl_table == nullptr || vemtra_Table_Holds(vtbl_table, address, vtable_name))
         return;
     DPI_VTBL_INFO *info = static_cast<DPI_VTBL_INFO *>(malloc(sizeof(DPI_VTBL_INFO)));
-    info->vtable_name = vemtra_Copy(vtable_name);
+    info->vtable_name = strdup(vtable_name);
     vemtra_Table_Append(vtbl_table, address, info, info->vtable_name);
 }
 

@@ -39,14 +39,6 @@ static const char MSG_MULTIPLE[] = "Multiple profile entries in %s match lookup 
 static const uint32_t HEADER_WORDS_BYTES = 16;   /* version, runs, segment count, reserved */
 static const uint32_t OLD_RECORD_MIN = 8;        /* flags word and length word */
 
-static char *vemtra_Copy_String(const char *text)
-{
-    size_t length = strlen(text) + 1;
-    char *copy = static_cast<char *>(malloc(length));
-    memcpy(copy, text, length);
-    return copy;
-}
-
 /* ---- header ---- */
 
 /* A header read that must succeed: a short one ends the run. */
@@ -251,7 +243,7 @@ static char *vemtra_Entry_File_Name(VEMTRA_DPI_STREAM *stream, const DPI_DIRECTO
         file_name = dpi->file_name;
     }
     if (VEMTRA_expand_symbolic_links) {
-        char *mapped = vemtra_Copy_String(vemtra_Physical_File_Name(file_name));
+        char *mapped = strdup(vemtra_Physical_File_Name(file_name));
         free(file_name);
         file_name = mapped;
     }
@@ -427,7 +419,7 @@ DPI_FILE *VEMTRA_Open_Dpi_File(const char *file_name)
     VEMTRA_INPUT_FILE input;
     memset(&input, 0, sizeof input);
     VEMTRA_INPUT_FILE *input_file = &input;
-    input_file->file_name = vemtra_Copy_String(file_name);
+    input_file->file_name = strdup(file_name);
     input_file->weight = 1.0;
     input_file->type = FILE_TYPE_DPI;
     vemtra_open_guard guard = {input_file, nullptr, false};
