@@ -157,6 +157,18 @@ void ExpectSameBytes(const std::string &what, const std::string &expected, const
     ADD_FAILURE() << what << " differs:\n" << UnifiedDiff(expected, actual);
 }
 
+void ExpectSameAsFile(const std::string &name, const std::string &actual)
+{
+    std::string path = std::string(VEMCOV_SOURCE_DIR) + "/tests/unit/expected/" + name;
+    const char *update = getenv("VEMCOV_UPDATE_GOLDEN");
+    if (update != nullptr && std::string(update) == "1") {
+        WriteFile(path, actual);
+        return;
+    }
+    ASSERT_TRUE(fs::exists(path)) << "no expected file " << path << " (run with VEMCOV_UPDATE_GOLDEN=1 to create it)";
+    ExpectSameBytes(name, ReadFile(path), actual);
+}
+
 void ExpectGolden(const std::string &golden, const Scenario &scenario, const RunResult &result)
 {
     std::string root = std::string(VEMCOV_SOURCE_DIR) + "/tests/e2e/golden/" + golden;

@@ -66,6 +66,11 @@ void ExpectSameBytes(const std::string &what, const std::string &expected, const
 // are rewritten instead; review such a change like code.
 void ExpectGolden(const std::string &golden, const Scenario &scenario, const RunResult &result);
 
+// Compares `actual` with the expected-output file tests/unit/expected/<name>,
+// for unit tests whose expected text is long; VEMCOV_UPDATE_GOLDEN=1 rewrites
+// the file instead.
+void ExpectSameAsFile(const std::string &name, const std::string &actual);
+
 }  // namespace testsupport
 
 #endif
