@@ -36,11 +36,6 @@ bool samePosition(const blocks *a, const blocks *b)
 
 }  // namespace
 
-blocks *add_block_cov(int line, int col, double count, blocks *array, blocks *head, int index)
-{
-    return add_block_cov(line, col, count, array, head, index, nullptr);
-}
-
 blocks *add_block_cov(int line, int col, double count, blocks *array, blocks *head, int index, blocks **last)
 {
     blocks *entry = &array[index];

@@ -27,14 +27,12 @@ const int FREQUENCY_TEXT_SIZE = 28;
 /* Fills array[index] with the position and count and links it into the list
  * that starts at `head`, before the first entry whose position (line, then
  * column) is not smaller: among equal positions the latest comes first.
- * Returns the new head. */
-blocks *add_block_cov(int line, int col, double count, blocks *array, blocks *head, int index);
-
-/* The same, where `*last` is the entry this list received last (null for a
- * new list): the search starts there when the new position lies beyond it,
- * so a list whose blocks arrive in order is built in linear time. Sets
- * `*last` to the new entry. */
-blocks *add_block_cov(int line, int col, double count, blocks *array, blocks *head, int index, blocks **last);
+ * Returns the new head. When `last` is given it holds the entry this list
+ * received last (null for a new list) and is set to the new one: the search
+ * starts there when the new position lies beyond it, so a list whose blocks
+ * arrive in order is built in linear time. */
+blocks *add_block_cov(int line, int col, double count, blocks *array, blocks *head, int index,
+                      blocks **last = nullptr);
 
 /* Writes "%d\t%d\t%d\t%12.0f\n" (instance, line, column, count) per entry;
  * instances count from 1 at each new position. Returns true. */

@@ -80,9 +80,6 @@ public:
     bool is_active() const { return active != 0; }
     /* The number of lines the scan counted (0 when the file was not read). */
     uint64_t line_total() const { return lineTotal; }
-    /* The marker comments found, in file order (made-up end markers
-     * included). */
-    const std::vector<comment_t> &marker_comments() const { return comments; }
 
 private:
     int refill_and_next();
