@@ -121,7 +121,7 @@ const char *functionFrequencyText(const DPI_S *segment, char buffer[FREQUENCY_TE
     return buffer;
 }
 
-void writeFullModuleOpen(FILE *txt, FILE *xml, const char *module)
+void writeModuleOpen(FILE *txt, FILE *xml, const char *module)
 {
     if (xml != nullptr) {
         fputs(XML_MODULE_OPEN, xml);
@@ -132,13 +132,13 @@ void writeFullModuleOpen(FILE *txt, FILE *xml, const char *module)
         fprintf(txt, TXT_MODULE, module);
 }
 
-void writeFullModuleClose(FILE *xml)
+void writeModuleClose(FILE *xml)
 {
     if (xml != nullptr)
         fputs(XML_MODULE_CLOSE, xml);
 }
 
-void writeFullFunctionOpen(FILE *txt, FILE *xml, const char *name, const char *frequency)
+void writeFunctionOpen(FILE *txt, FILE *xml, const char *name, const char *frequency)
 {
     if (txt != nullptr)
         fprintf(txt, TXT_FUNCTION, name, frequency);
@@ -149,12 +149,17 @@ void writeFullFunctionOpen(FILE *txt, FILE *xml, const char *name, const char *f
     }
 }
 
+void writeFunctionClose(FILE *xml)
+{
+    if (xml != nullptr)
+        fputs(XML_FUNCTION_CLOSE, xml);
+}
+
 void writeFullFunctionBlocks(FILE *txt, FILE *xml, blocks *head)
 {
     printTXT_bcov_full(txt, head);
     printXML_bcov_full(xml, head);
-    if (xml != nullptr)
-        fputs(XML_FUNCTION_CLOSE, xml);
+    writeFunctionClose(xml);
 }
 
 void writeFullNeverCalled(FILE *txt, FILE *xml, const char *name, int line)

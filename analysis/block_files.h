@@ -58,14 +58,16 @@ uint64_t functionFrequency(const DPI_S *segment);
  * returned. */
 const char *functionFrequencyText(const DPI_S *segment, char buffer[FREQUENCY_TEXT_SIZE]);
 
-/* ---- the records of the full files ---- */
+/* ---- the records of the block files (the fast files share the XML ones) ---- */
 
 /* "file - %s\n" / the MODULE opening. */
-void writeFullModuleOpen(FILE *txt, FILE *xml, const char *module);
+void writeModuleOpen(FILE *txt, FILE *xml, const char *module);
 /* The MODULE closing (XML only). */
-void writeFullModuleClose(FILE *xml);
+void writeModuleClose(FILE *xml);
 /* A function that has counts: its line and FUNCTION opening. */
-void writeFullFunctionOpen(FILE *txt, FILE *xml, const char *name, const char *frequency);
+void writeFunctionOpen(FILE *txt, FILE *xml, const char *name, const char *frequency);
+/* The FUNCTION closing (XML only). */
+void writeFunctionClose(FILE *xml);
 /* Its block records and, in XML, the FUNCTION closing. */
 void writeFullFunctionBlocks(FILE *txt, FILE *xml, blocks *head);
 /* A function that was never called: frequency 0 and, in XML, its line. */

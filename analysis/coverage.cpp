@@ -232,7 +232,7 @@ bool processFunction(COMP *c, const char *fileName, ModuleTally &m)
     /* h. The function's record in the full files. */
     if (fullOutput) {
         char frequency[FREQUENCY_TEXT_SIZE];
-        writeFullFunctionOpen(txt, xml, c->name, functionFrequencyText(s, frequency));
+        writeFunctionOpen(txt, xml, c->name, functionFrequencyText(s, frequency));
         ensureBlockArray(s->block_cnt);
     }
 
@@ -375,7 +375,7 @@ bool markBlocks(COMP *first)
     /* 1. The module's records and its position table. */
     functionCoverage = 0.0;
     blockCoverage = 0.0;
-    writeFullModuleOpen(outtxt, outxml, fileName);
+    writeModuleOpen(outtxt, outxml, fileName);
     if (!g_cl.bAddFilename(fileName))
         return false;
     if (!g_cl.bSetName(fileName))
@@ -442,7 +442,7 @@ bool markBlocks(COMP *first)
     totalNumberOfBlocks += m.blocks;
     totalNumberOfBlocksCovered += m.coveredBlocks;
 
-    writeFullModuleClose(outxml);
+    writeModuleClose(outxml);
     return compWithRef ? m.coveredBlocks > 0 : true;
 }
 

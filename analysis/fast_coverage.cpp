@@ -11,7 +11,6 @@
 #include "analysis/comment_parser.h"
 #include "analysis/coverage.h"
 #include "analysis/coverage_state.h"
-#include "analysis/xml_escape.h"
 #include "driver/component_file.h"
 #include "driver/console.h"
 #include "driver/demangle.h"
@@ -26,12 +25,6 @@ static const char MSG_CORRUPT[] = "%s is corrupt!\n";
 static const char TXT_FIRST_MODULE[] = "Covered Functions in File: \"%s\"\n";
 static const char TXT_NEXT_MODULE[] = "\nCovered Functions in File: \"%s\"\n";
 static const char TXT_FUNCTION[] = "\"%s\"\t%s\t%u\t%u\t%6.2f\n";
-static const char TXT_BLOCK_FUNCTION[] = "function - %s\t%s\n";
-static const char XML_MODULE_OPEN[] = "<MODULE name = \"";
-static const char XML_MODULE_CLOSE[] = "</MODULE>\n";
-static const char XML_FUNCTION_OPEN[] = "<FUNCTION name=\"";
-static const char XML_FUNCTION_FREQ[] = "\" freq=\"%s\">\n";
-static const char XML_FUNCTION_CLOSE[] = "</FUNCTION>\n";
 static const char XML_BLOCKS[] = "<BLOCKS total=\"%u\" covered=\"%u\" coverage=\"%6.2f%%\">";
 static const char XML_BLOCKS_CLOSE[] = "</BLOCKS>\n";
 
@@ -51,20 +44,11 @@ static void writeModuleHeader(FILE *out, int kind, const char *file, const char 
 {
     if (isXmlKind(kind)) {
         if (previous != nullptr)
-            fputs(XML_MODULE_CLOSE, out);
-        fputs(XML_MODULE_OPEN, out);
-        escapeXML(out, file);
-        fputs("\">\n", out);
+            writeModuleClose(out);
+        writeModuleOpen(nullptr, out, file);
     } else {
         fprintf(out, previous == nullptr ? TXT_FIRST_MODULE : TXT_NEXT_MODULE, file);
     }
-}
-
-static void writeXmlFunctionOpen(FILE *out, const char *name, const char *frequency)
-{
-    fputs(XML_FUNCTION_OPEN, out);
-    escapeXML(out, name);
-    fprintf(out, XML_FUNCTION_FREQ, frequency);
 }
 
 /* What one walk over a function's blocks found. */
@@ -123,14 +107,13 @@ static void writeFunction(FILE *out, int kind, const char *name, const DPI_S *dp
         /* The block lines follow even when no block ran, under the line of
          * the function before. */
         if (tally.executed > 0)
-            fprintf(out, TXT_BLOCK_FUNCTION, name, functionFrequencyText(dpi, frequency));
+            writeFunctionOpen(out, nullptr, name, functionFrequencyText(dpi, frequency));
         printTXT_bcov_full(out, tally.head);
         break;
     case FAST_XML_BLOCKS:
         if (tally.executed > 0) {
-            writeXmlFunctionOpen(out, name, functionFrequencyText(dpi, frequency));
-            printXML_bcov_full(out, tally.head);
-            fputs(XML_FUNCTION_CLOSE, out);
+            writeFunctionOpen(nullptr, out, name, functionFrequencyText(dpi, frequency));
+            writeFullFunctionBlocks(nullptr, out, tally.head);
         }
         break;
     default: {
@@ -141,10 +124,10 @@ static void writeFunction(FILE *out, int kind, const char *name, const DPI_S *dp
         if (kind == FAST_TXT_FUNCTIONS) {
             fprintf(out, TXT_FUNCTION, name, frequency, tally.total, tally.covered, percent);
         } else {
-            writeXmlFunctionOpen(out, name, frequency);
+            writeFunctionOpen(nullptr, out, name, frequency);
             fprintf(out, XML_BLOCKS, tally.total, tally.covered, percent);
             fputs(XML_BLOCKS_CLOSE, out);
-            fputs(XML_FUNCTION_CLOSE, out);
+            writeFunctionClose(out);
         }
         break;
     }
@@ -228,6 +211,6 @@ bool bOutputFunctionBlockFastCoverage(FILE *out, int kind)
 
     /* 4. */
     if (isXmlKind(kind))
-        fputs(XML_MODULE_CLOSE, out);
+        writeModuleClose(out);
     return true;
 }
