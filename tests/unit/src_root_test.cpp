@@ -54,6 +54,8 @@ TEST(SrcRoot, StoredWithOneTrailingSlash)
     EXPECT_STREQ(VEMTRA_src_root_dir, "/home/x/");
     VEMTRA_Src_Root_Dir_Set("/home/y/../x/./src", 0);
     EXPECT_STREQ(VEMTRA_src_root_dir, "/home/x/src/");
+    VEMTRA_Src_Root_Dir_Set("./", 1);  // simplifies to nothing
+    EXPECT_STREQ(VEMTRA_src_root_dir, "/");
     VEMTRA_Src_Root_Dir_Set("", 1);
     EXPECT_STREQ(VEMTRA_src_root_dir, "");
     EXPECT_EQ(VEMTRA_src_root_dir_len, 0);

@@ -151,7 +151,8 @@ void VEMTRA_Src_Root_Dir_Set(const char *path, int32_t expand)
         return;
     }
 
-    if (root.back() != '/')
+    /* A root that simplifies to nothing ("./") does not end in '/' either. */
+    if (root.empty() || root.back() != '/')
         root += '/';
     memcpy(VEMTRA_src_root_dir, root.c_str(), root.size() + 1);
     VEMTRA_src_root_dir_len = static_cast<int32_t>(root.size());
