@@ -33,18 +33,6 @@ static char *copyOrExit(const char *text, const char *what)
     return copy;
 }
 
-/* Folds a file name for a Windows host: lower-case letters become upper
- * case; a '/' is written back as '/'. */
-static void foldWindowsName(char *name)
-{
-    for (char *c = name; *c != '\0'; c++) {
-        if (*c >= 'a' && *c <= 'z')
-            *c = static_cast<char>(*c - 'a' + 'A');
-        else if (*c == '/')
-            *c = '/';
-    }
-}
-
 /* Consumes the rest of the current line (the call-site list). Returns true
  * while another line follows. */
 static bool skipToNextLine(FILE *spi)
@@ -86,18 +74,16 @@ static COMP *newComponent(const SPI_LINE_HEADER_S &header, const char *fileName,
     return comp;
 }
 
-/* Step 10: the records in file order. Returns the head of the list. */
-static COMP *readComponents(FILE *spi, const char *spiFileName)
+/* Step 10: the records in file order, appended to componentList as they
+ * are read, so that a run ended by a later line still holds them. */
+static void readComponents(FILE *spi, const char *spiFileName)
 {
-    COMP *head = nullptr;
-    COMP *tail = nullptr;
-    const char *moduleOfFlag = nullptr; /* file name of the last record that set first_in_module */
-
     int first = getc(spi);
     if (first == EOF)
-        return nullptr;
+        return;
     ungetc(first, spi);
 
+    COMP *tail = nullptr;
     do {
         SPI_LINE_HEADER_S header;
         if (!VEMTRA_SPI_Read_Line_Header(spi, spiFileName, &header, 1)) {
@@ -105,25 +91,20 @@ static COMP *readComponents(FILE *spi, const char *spiFileName)
             tvx_Exit(1);
         }
         char *fileName = header.full_path_name;
-        if (isWindows)
-            foldWindowsName(fileName);
+        NormalizeName(fileName);
         int demangledLength = 0;
         const char *demangled = demangleName(header.routine_name, g_iDemangFlag, &demangledLength);
         if (!isInComponents(fileName))
             continue;
 
+        /* The module starts are marked after sorting (step 12). */
         COMP *comp = newComponent(header, fileName, demangled, demangledLength);
-        if (moduleOfFlag == nullptr || strcmp(moduleOfFlag, comp->fileName) != 0) {
-            comp->first_in_module = 1;
-            moduleOfFlag = comp->fileName;
-        }
         if (tail == nullptr)
-            head = comp;
+            componentList = comp;
         else
             tail->next = comp;
         tail = comp;
     } while (skipToNextLine(spi));
-    return head;
 }
 
 /* The sort key: file name, display name when both have one, profile name. */
@@ -216,14 +197,15 @@ void buildComponentList(const char *spiFileName)
     }
 
     /* Steps 10 to 12. */
-    COMP *head = sortComponents(readComponents(spi, spiFileName));
-    markModulesAndDuplicates(head);
+    componentList = nullptr;
+    readComponents(spi, spiFileName);
+    componentList = sortComponents(componentList);
+    markModulesAndDuplicates(componentList);
 
     /* Step 13. */
     if (fclose(spi) != 0)
         fprintf(stderr, MSG_CANNOT_CLOSE, spiFileName);
     numComponents = 0;
-    for (COMP *c = head; c != nullptr; c = c->next)
+    for (COMP *c = componentList; c != nullptr; c = c->next)
         numComponents++;
-    componentList = head;
 }
