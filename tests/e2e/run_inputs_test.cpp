@@ -1,7 +1,9 @@
-// The run's inputs through the real binary: the two profiles (missing,
-// corrupt, with warnings raised before and after the tool name is set) and
-// the frames of the XML output files.
+// The run's inputs and frame through the real binary: the two profiles
+// (missing, corrupt, with warnings raised before the tool name is set), the
+// frames of the XML output files, and the end of the progress line.
+#include <map>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -29,61 +31,46 @@ Project OneFunction()
 
 }  // namespace
 
-TEST(RunInputs, MissingDynamicProfileStopsBeforeAnyOutputFile)
+TEST(RunInputs, EachFailureStopsAtItsStep)
 {
-    Scenario s;
-    s.write("vemtra.spi", SpiText(OneFunction()));
-    RunResult r = s.run({"-xmlfcvrg", "f.xml", "-txtbcvrgfull", "full.txt"}, NO_PACKAGE);
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.out, "");
-    ExpectSameBytes("stderr", BANNER + "Couldn't find the dpi file vemtra.dpi!\n", r.err);
-    EXPECT_TRUE(s.outputs().empty());
-
-    r = s.run({"-dpi", "other.dpi"}, NO_PACKAGE);
-    EXPECT_EQ(r.status, 1);
-    ExpectSameBytes("stderr", BANNER + "Couldn't find the dpi file other.dpi!\n", r.err);
-}
-
-TEST(RunInputs, MissingStaticProfileIsFoundEarlyOnlyOnTheFullRoad)
-{
-    Scenario s;
-    s.write("vemtra.dpi", DpiBytes(OneFunction()));
-    RunResult full = s.run({"-xmlbcvrgfull", "full.xml"}, NO_PACKAGE);
-    EXPECT_EQ(full.status, 1);
-    ExpectSameBytes("stderr", BANNER + "Couldn't find the spi file vemtra.spi!\n", full.err);
-    EXPECT_FALSE(s.exists("full.xml"));
-
-    // The fast road opens its output files first and reads the static
-    // profile later, with the other message.
-    RunResult fast = s.run({"-txtfcvrg", "f.txt"}, NO_PACKAGE);
-    EXPECT_EQ(fast.status, 1);
-    ExpectSameBytes("stderr", BANNER + "ERROR: cannot open the SPI file, vemtra.spi.\n", fast.err);
-    EXPECT_TRUE(s.exists("f.txt"));
-    EXPECT_EQ(s.read("f.txt"), "");
-}
-
-TEST(RunInputs, MissingReferenceProfileAfterTheOutputFiles)
-{
-    Scenario s;
-    s.write("vemtra.dpi", DpiBytes(OneFunction()));
-    s.write("vemtra.spi", SpiText(OneFunction()));
-    RunResult r = s.run({"-ref", "old.dpi", "-txtbcvrgfull", "full.txt", "-nohtml"}, NO_PACKAGE);
-    EXPECT_EQ(r.status, 1);
-    const std::string message = "Couldn't find the dpi file old.dpi!\n";
-    ASSERT_GE(r.err.size(), message.size());
-    EXPECT_EQ(r.err.substr(r.err.size() - message.size()), message) << r.err;
-    EXPECT_TRUE(s.exists("full.txt"));
-}
-
-TEST(RunInputs, CorruptStaticProfileLine)
-{
-    Scenario s;
-    s.write("vemtra.dpi", DpiBytes(OneFunction()));
-    s.write("vemtra.spi", SpiText(OneFunction()) + "V3 0 6 0 6\n");
-    RunResult r = s.run({"-nohtml"}, NO_PACKAGE);
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.out, "");
-    ExpectSameBytes("stderr", BANNER + "ERROR: corrupt SPI file vemtra.spi\n", r.err);
+    // Every case: status 1, the banner and the step's message, and only the
+    // output files opened before that step, still empty.
+    const std::string spi = SpiText(OneFunction());
+    struct Case {
+        bool dpi;
+        std::string spi;  // "-" for no file
+        std::vector<std::string> args;
+        std::string message;
+        std::map<std::string, std::string> written;
+    };
+    const Case cases[] = {
+        // The dynamic profile is opened before any output file.
+        {false, spi, {"-xmlfcvrg", "f.xml", "-txtbcvrgfull", "full.txt"},
+         "Couldn't find the dpi file vemtra.dpi!\n", {}},
+        {false, spi, {"-dpi", "other.dpi"}, "Couldn't find the dpi file other.dpi!\n", {}},
+        // The full road checks the static profile before the output files;
+        // the fast road reads it after them, with another message.
+        {true, "-", {"-xmlbcvrgfull", "full.xml"}, "Couldn't find the spi file vemtra.spi!\n", {}},
+        {true, "-", {"-txtfcvrg", "f.txt"}, "ERROR: cannot open the SPI file, vemtra.spi.\n", {{"f.txt", ""}}},
+        // The reference profile is opened after the output files.
+        {true, spi, {"-ref", "old.dpi", "-txtbcvrgfull", "full.txt", "-nohtml"},
+         "Couldn't find the dpi file old.dpi!\n", {{"full.txt", ""}}},
+        {true, spi, {"-txtfcvrg", "missing-dir/f.txt"}, "Couldn't open file missing-dir/f.txt for output!\n", {}},
+        {true, spi + "V3 0 6 0 6\n", {"-nohtml"}, "ERROR: corrupt SPI file vemtra.spi\n", {}},
+    };
+    int number = 0;
+    for (const Case &c : cases) {
+        Scenario s("RunInputs.EachFailureStopsAtItsStep." + std::to_string(++number));
+        if (c.dpi)
+            s.write("vemtra.dpi", DpiBytes(OneFunction()));
+        if (c.spi != "-")
+            s.write("vemtra.spi", c.spi);
+        RunResult r = s.run(c.args, NO_PACKAGE);
+        EXPECT_EQ(r.status, 1) << number;
+        EXPECT_EQ(r.out, "") << number;
+        ExpectSameBytes("stderr", BANNER + c.message, r.err);
+        EXPECT_EQ(s.outputs(), c.written) << number;
+    }
 }
 
 TEST(RunInputs, WarningsOfTheOpensCarryNoToolName)
@@ -120,42 +107,19 @@ TEST(RunInputs, ProjectFramesOfTheXmlFiles)
     EXPECT_EQ(r.status, 0) << r.err;
     ExpectSameBytes("full.xml", "<PROJECT name=\"(null)\">\n</PROJECT>\n", s.read("full.xml"));
 
-    // The fast files write "name = " with blanks; the full file, given
-    // with a fast option, keeps only its frame.
+    // Given with a fast option, the full file keeps only its frame.
     s.write("vemtra.spi", SpiText(OneFunction()));
-    r = s.run({"-xmlfcvrg", "f.xml", "-xmlbcvrg", "b.xml", "-xmlbcvrgfull", "full.xml", "-prj", "a&b"}, NO_PACKAGE);
+    r = s.run({"-txtfcvrg", "f.txt", "-xmlbcvrgfull", "full.xml", "-prj", "a&b"}, NO_PACKAGE);
     EXPECT_EQ(r.status, 0) << r.err;
     ExpectSameBytes("full.xml", "<PROJECT name=\"a&amp;b\">\n</PROJECT>\n", s.read("full.xml"));
-    for (const char *name : {"f.xml", "b.xml"}) {
-        std::string text = s.read(name);
-        const std::string opening = "<PROJECT name = \"a&amp;b\">\n";
-        EXPECT_EQ(text.substr(0, opening.size()), opening) << name;
-        ASSERT_GE(text.size(), 11u);
-        EXPECT_EQ(text.substr(text.size() - 11), "</PROJECT>\n") << name;
-    }
 }
 
-TEST(RunInputs, UnwritableOutputFile)
+TEST(RunInputs, ProgressLineEndsWhenTheMeterIsOn)
 {
+    // On the fast road too, which prints nothing else there.
     Scenario s;
     s.write("vemtra.dpi", DpiBytes(OneFunction()));
     s.write("vemtra.spi", SpiText(OneFunction()));
-    RunResult r = s.run({"-txtfcvrg", "missing-dir/f.txt"}, NO_PACKAGE);
-    EXPECT_EQ(r.status, 1);
-    ExpectSameBytes("stderr", BANNER + "Couldn't open file missing-dir/f.txt for output!\n", r.err);
-}
-
-TEST(RunInputs, RepeatedStaticProfileEntryIsReportedOnce)
-{
-    Scenario s;
-    s.write("a.c", "int x;\n\nint main(void)\n{\n    return 0;\n}\n");
-    Project p;
-    p.Add(s.path("a.c"), "main", 3).Blocks({{1, 3, 1}});
-    s.write("vemtra.dpi", DpiBytes(p));
-    s.write("vemtra.spi", SpiText(p) + SpiText(p));
-    RunResult r = s.run({"-nohtml", "-nopmeter", "-txtbcvrgfull", "full.txt"}, NO_PACKAGE);
-    EXPECT_EQ(r.status, 0) << r.err;
-    ExpectSameBytes("stderr", BANNER, r.err);
-    ExpectSameBytes("full.txt", "file - " + s.path("a.c") + "\nfunction - main\t1\n1\t3\t1\t           1\n",
-                    s.read("full.txt"));
+    EXPECT_EQ(s.run({"-txtfcvrg", "functions.txt"}).out, "\n");
+    EXPECT_EQ(s.run({"-nopmeter", "-txtfcvrg", "functions.txt"}).out, "");
 }
