@@ -1,8 +1,6 @@
 // Component list file: reading patterns and markers, every message with its
 // status, module selection, and the marker clash check.
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -11,8 +9,9 @@
 #include "driver/component_file.h"
 #include "driver/settings.h"
 #include "tests/support/capture.h"
+#include "tests/support/profile_writer.h"
+#include "tests/support/scratch_dir.h"
 
-namespace fs = std::filesystem;
 using testsupport::CaptureInChild;
 using testsupport::Captured;
 using Strings = std::vector<std::string>;
@@ -23,34 +22,21 @@ class ComponentFile : public testing::Test {
 protected:
     void SetUp() override
     {
-        const testing::TestInfo *info = testing::UnitTest::GetInstance()->current_test_info();
-        dir_ = fs::temp_directory_path() / (std::string("vemcov-comp-") + info->name());
-        fs::remove_all(dir_);
-        fs::create_directories(dir_);
         moduleName.clear();
         one_line_disable.clear();
         start_disable_block.clear();
         end_disable_block.clear();
         Infeasible_markers_specified = 0;
     }
-    void TearDown() override { fs::remove_all(dir_); }
 
     // Writes a component file and returns its path.
     std::string File(const std::string &bytes, const std::string &name = "comp.txt")
     {
-        std::string path = (dir_ / name).string();
-        std::ofstream(path, std::ios::binary) << bytes;
-        return path;
+        testsupport::WriteBytes(dir_.path(name), bytes);
+        return dir_.path(name);
     }
 
-    // Reads `bytes` as a component file in a child; the run must end.
-    Captured Failing(const std::string &bytes)
-    {
-        std::string path = File(bytes);
-        return CaptureInChild([path] { getModuleNames(path.c_str()); });
-    }
-
-    fs::path dir_;
+    testsupport::ScratchDir dir_;
 };
 
 TEST_F(ComponentFile, PatternsAndMarkersAreFiled)
@@ -165,7 +151,7 @@ TEST_F(ComponentFile, ReadErrorsEndTheRun)
         EXPECT_EQ(run.out, "");
     }
 
-    std::string missing = (dir_ / "missing.txt").string();
+    std::string missing = dir_.path("missing.txt");
     Captured run = CaptureInChild([&] { getModuleNames(missing.c_str()); });
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "ERROR: Couldn't open the component file " + missing + "\n");

@@ -9,6 +9,7 @@
 #include "shared/vemtra/tallyfold/checked_io.h"
 #include "shared/vemtra/tallyfold/tool_message.h"
 #include "tests/support/capture.h"
+#include "tests/support/scratch_dir.h"
 
 using testsupport::CaptureInChild;
 using testsupport::Captured;
@@ -63,54 +64,38 @@ TEST(CheckedIo, FailuresEndTheRunWithOrWithoutFileName)
 
 TEST(CheckedIo, OpenModesAndMissingFile)
 {
-    char path[] = "/tmp/vemcov-modes-XXXXXX";
-    int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    close(fd);
+    testsupport::ScratchDir dir;
+    const std::string path = dir.path("profile");
+    Captured missing = CaptureInChild([&] { printf("%s", checked_fopen(path.c_str(), "rb") ? "stream" : "null"); });
+    EXPECT_EQ(missing.out, "null");
+    EXPECT_EQ(missing.err, "");
 
-    FILE *writer = checked_fopen(path, "wb");
+    FILE *writer = checked_fopen(path.c_str(), "wb");  // creates the file
     ASSERT_NE(writer, nullptr);
-    EXPECT_EQ(checked_fwrite("0123456789abcdefXYZ", 1, 19, writer, path), 19u);
-    EXPECT_EQ(checked_ftell(writer, path), 19);
+    EXPECT_EQ(checked_fwrite("0123456789abcdefXYZ", 1, 19, writer, path.c_str()), 19u);
+    EXPECT_EQ(checked_ftell(writer, path.c_str()), 19);
     checked_fclose(writer);
 
-    FILE *reader = checked_fopen(path, "rb");
+    FILE *reader = checked_fopen(path.c_str(), "rb");
     ASSERT_NE(reader, nullptr);
     char buffer[4] = {0};
-    checked_fseek(reader, 16, SEEK_SET, path);
-    checked_fread(buffer, 1, 3, reader, path);
+    checked_fseek(reader, 16, SEEK_SET, path.c_str());
+    checked_fread(buffer, 1, 3, reader, path.c_str());
     EXPECT_STREQ(buffer, "XYZ");
-    // A read-only stream refuses writes.
-    EXPECT_EQ(fwrite("q", 1, 1, reader), 0u);
-    checked_fclose(reader);
+    EXPECT_EQ(fwrite("q", 1, 1, reader), 0u) << "a read-only stream refuses writes";
 
-    FILE *updater = checked_fopen(path, "r+");
-    ASSERT_NE(updater, nullptr);
-    EXPECT_EQ(fwrite("Q", 1, 1, updater), 1u);
-    checked_fclose(updater);
-    unlink(path);
-
-    Captured missing = CaptureInChild([&] { EXPECT_EQ(checked_fopen(path, "rb"), nullptr); });
-    EXPECT_EQ(missing.status, 0);
-    EXPECT_EQ(missing.err, "");
-}
-
-TEST(CheckedIo, ExclusiveLockWaitsForShared)
-{
-    // A reader holds the shared lock; a writer in another process must wait
+    // A reader holds the shared lock: a writer in another process waits
     // until it is released.
-    char path[] = "/tmp/vemcov-lock-XXXXXX";
-    int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    close(fd);
-    FILE *reader = checked_fopen(path, "rb");
-    ASSERT_NE(reader, nullptr);
-    Captured blocked = CaptureInChild([&] { checked_fopen(path, "r+"); }, 1);
+    Captured blocked = CaptureInChild([&] { checked_fopen(path.c_str(), "r+"); }, 1);
     EXPECT_TRUE(blocked.timed_out);
     checked_fclose(reader);
-    Captured free_run = CaptureInChild([&] { EXPECT_NE(checked_fopen(path, "r+"), nullptr); }, 5);
-    EXPECT_FALSE(free_run.timed_out);
-    unlink(path);
+    Captured updater = CaptureInChild(
+        [&] {
+            FILE *stream = checked_fopen(path.c_str(), "r+");
+            printf("%zu", stream != nullptr ? fwrite("Q", 1, 1, stream) : 0);
+        },
+        5);
+    EXPECT_EQ(updater.out, "1");
 }
 
 TEST(Assertx, PrintsDirectoryLineAndCondition)
