@@ -4,20 +4,29 @@
 #define VEMCOV_TESTS_SUPPORT_MEMORY_STREAM_H
 
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace testsupport {
 
 class MemoryStream {
 public:
-    MemoryStream();
-    ~MemoryStream();
+    MemoryStream() : stream_(open_memstream(&data_, &size_)) {}
+    ~MemoryStream()
+    {
+        fclose(stream_);
+        free(data_);
+    }
     MemoryStream(const MemoryStream &) = delete;
     MemoryStream &operator=(const MemoryStream &) = delete;
 
     FILE *stream() { return stream_; }
     // Everything written so far.
-    std::string text();
+    std::string text()
+    {
+        fflush(stream_);
+        return std::string(data_, size_);
+    }
 
 private:
     char *data_ = nullptr;

@@ -14,6 +14,7 @@ const uint32_t HEADER_PROPS = 0xDC0C;
 const uint64_t TAG_SEGMENT = 0xDEEF;
 const uint64_t TAG_SRC_ROOT = 0xDA5E;
 const size_t NAME_FIELD = 512;
+const char NAME_TEXT[] = "vemcov test profile";
 const uint32_t FLAG_LINES = 0x10;
 const uint32_t FLAG_64 = 0x40;
 const uint32_t FLAG_PACKED = 0x20000;
@@ -176,27 +177,25 @@ size_t WordAOffset(const Project &p, const FunctionSpec &f)
     return f.layout.value_or(p.layout) == RecordLayout::Version3 ? 8 : 4;
 }
 
-// Lays the whole file out; also reports the offsets of its pieces.
-std::string Build(const Project &p, DpiLayoutInfo *info)
+// Lays the whole file out; also reports where each segment starts.
+std::string Build(const Project &p, std::vector<uint64_t> *offsets)
 {
     bool old_form = p.header_form == DpiHeaderForm::Old;
     StringPlacement placement = p.strings;
-    if (placement == StringPlacement::Default)
-        placement = old_form ? StringPlacement::InSegment : StringPlacement::InHeader;
-    if (old_form && placement == StringPlacement::InHeader)
+    if (old_form && placement == StringPlacement::Default)
         placement = StringPlacement::InSegment;
     std::vector<const FunctionSpec *> functions = DpiFunctions(p);
     uint32_t announced = p.announced_segments.value_or(static_cast<uint32_t>(functions.size()));
 
     // 1. The fixed header fields.
     std::string header;
-    std::string name_field = p.name_field.substr(0, NAME_FIELD - 1);
+    std::string name_field = NAME_TEXT;
     name_field.resize(NAME_FIELD, '\0');
     if (old_form) {
         Put32(header, p.magic.value_or(MAGIC_OLD));
         Put32(header, p.runs);
         Put32(header, announced);
-        Put32(header, p.reserved);
+        Put32(header, 0);  // reserved
         header += name_field;
     } else {
         bool props = p.header_form == DpiHeaderForm::NewWithProperties;
@@ -206,7 +205,7 @@ std::string Build(const Project &p, DpiLayoutInfo *info)
         Put32(header, version);
         Put32(header, p.runs);
         Put32(header, announced);
-        Put32(header, p.reserved);
+        Put32(header, 0);
         header += name_field;
         if (version == HEADER_PROPS) {
             Put64(header, p.properties);
@@ -225,7 +224,7 @@ std::string Build(const Project &p, DpiLayoutInfo *info)
 
     // 3. Where the shared string table begins.
     uint64_t shared_base = 0;
-    if (placement == StringPlacement::InHeader) {
+    if (placement == StringPlacement::Default) {
         shared_base = header.size();
     } else if (placement == StringPlacement::AtEnd) {
         uint64_t end = header.size();
@@ -240,19 +239,14 @@ std::string Build(const Project &p, DpiLayoutInfo *info)
         for (const FunctionSpec *f : functions)
             SegmentPayload(p, *f, shared);
     }
-    if (placement == StringPlacement::InHeader) {
+    if (placement == StringPlacement::Default)
         header += shared.bytes();
-    }
     if (!old_form)
         for (int i = 0; i < 8; i++)
             header[8 + i] = static_cast<char>(((header.size() - 16) >> (8 * i)) & 0xFF);
 
     // 4. The records.
     std::string out = header;
-    if (info != nullptr) {
-        info->data_start = out.size();
-        info->segment_offsets.clear();
-    }
     for (size_t i = 0; i < functions.size(); i++) {
         const FunctionSpec &f = *functions[i];
         uint64_t payload_start = out.size() + (old_form ? 0 : 16);
@@ -272,8 +266,8 @@ std::string Build(const Project &p, DpiLayoutInfo *info)
             Put64(out, TAG_SEGMENT);
             Put64(out, payload.size());
         }
-        if (info != nullptr)
-            info->segment_offsets.push_back(out.size());
+        if (offsets != nullptr)
+            offsets->push_back(out.size());
         out += payload;
         if (!old_form)
             out += Extensions(f);
@@ -307,22 +301,19 @@ FunctionSpec &Project::Add(const std::string &file, const std::string &name, uin
 std::string SpiLine(const SpiLineSpec &s)
 {
     std::string base = Masked(s.file_base_dir), file = Masked(s.file_name);
-    std::string mbase = Masked(s.module_base_dir), module = Masked(s.module_name);
+    std::string module = Masked(s.module_name);
     std::string routine = Masked(s.routine_name);
     char numbers[128];
     std::string out;
     switch (s.form) {
     case SpiForm::V3:
     case SpiForm::V4:
-        snprintf(numbers, sizeof numbers, "V%d %zu %zu %zu %zu %zu ", s.form == SpiForm::V3 ? 3 : 4, base.size(),
-                 file.size() + 1, mbase.size(), module.size() + 1, routine.size() + 1);
+        snprintf(numbers, sizeof numbers, "V%d %zu %zu 0 %zu %zu ", s.form == SpiForm::V3 ? 3 : 4, base.size(),
+                 file.size() + 1, module.size() + 1, routine.size() + 1);
         out = numbers;
         if (!base.empty())
             out += base + " ";
-        out += file + " ";
-        if (!mbase.empty())
-            out += mbase + " ";
-        out += module + " " + routine;
+        out += file + " " + module + " " + routine;
         snprintf(numbers, sizeof numbers, " %u %d %d %c", s.line, s.block_count, s.excluded_block_count, s.linkage);
         out += numbers;
         break;
@@ -362,9 +353,8 @@ std::string SpiText(const Project &project)
         SpiLineSpec s;
         s.form = project.spi_form;
         s.file_base_dir = f.spi_base_dir;
-        s.file_name = f.spi_file.value_or(f.file);
-        s.module_base_dir = f.module_base_dir;
-        s.module_name = f.module.empty() ? s.file_name + ".o" : f.module;
+        s.file_name = f.file;
+        s.module_name = f.file + ".o";
         s.routine_name = f.name;
         s.line = f.line;
         s.block_count = f.block_count >= 0 ? f.block_count : static_cast<int>(f.blocks.size());
@@ -381,11 +371,11 @@ std::string DpiBytes(const Project &project)
     return Build(project, nullptr);
 }
 
-DpiLayoutInfo DpiLayout(const Project &project)
+std::vector<uint64_t> SegmentOffsets(const Project &project)
 {
-    DpiLayoutInfo info;
-    Build(project, &info);
-    return info;
+    std::vector<uint64_t> offsets;
+    Build(project, &offsets);
+    return offsets;
 }
 
 bool WriteBytes(const std::string &path, const std::string &bytes)

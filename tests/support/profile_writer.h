@@ -1,34 +1,22 @@
 // profile_writer.h -- writes static (.spi) and dynamic (.dpi) profiles for
-// tests, benchmarks and examples.
-//
-// A test describes a project briefly and gets both files as byte strings:
+// tests, benchmarks, fuzz seeds and examples.
 //
 //     testsupport::Project p;
 //     p.runs = 2;
 //     p.Add("/src/a.c", "main", 3).Blocks({{10, 3, 1}, {0, 5, 3}});   // count, line, col
-//     p.Add("/src/a.c", "helper", 9, 'S').Blocks({{4, 9, 1}});
 //     scenario.write("vemtra.spi", testsupport::SpiText(p));
 //     scenario.write("vemtra.dpi", testsupport::DpiBytes(p));
 //
 // Every function gets a line in the static profile and a segment in the
 // dynamic one (switch either off per function). By default a segment has one
 // entry, named like the function, at block 0; line/column data is unpacked;
-// the record layout is version 3 (64-bit counters); the header is the new
-// form with header version 0xDC0C and a properties word.
+// the record layout is version 3; the header is the new form with header
+// version 0xDC0C and a properties word. The fields below vary everything
+// else, for the other forms and for damaged files; a truncated file is
+// DpiBytes(p).substr(0, n).
 //
-// Everything can be varied to produce the other forms and damaged files:
-// the header form (DpiHeaderForm), the record layout per project or per
-// function, packed line/column ranges, extension blocks with any tag, the
-// announced segment count, the magic and record version, and where the
-// string table lies. A truncated file is DpiBytes(p).substr(0, n).
-//
-// Static-profile lines come in every form (SpiForm): V3/V4 with and without
-// base directories, V1/V2 and unversioned; spaces in string fields are masked
-// as '|'; call-site lists follow the header. SpiLine() writes one line from a
-// free description, for lines that match no project.
-//
-// This library uses only the C++ standard library (no test framework), so
-// benchmark and example programs can link it too.
+// Only the C++ standard library is used, so that benchmark and example
+// programs can link it too.
 #ifndef VEMCOV_TESTS_SUPPORT_PROFILE_WRITER_H
 #define VEMCOV_TESTS_SUPPORT_PROFILE_WRITER_H
 
@@ -126,10 +114,7 @@ struct FunctionSpec {
 
     // Static profile.
     bool in_spi = true;
-    std::string spi_base_dir;                   // file base directory ("" none)
-    std::optional<std::string> spi_file;        // default: `file`
-    std::string module_base_dir;
-    std::string module;                         // default: spi file name + ".o"
+    std::string spi_base_dir;                   // file base directory ("" none); module: file + ".o"
     int block_count = -1;                       // -1: number of blocks
     int excluded_block_count = 0;
     std::vector<CallSpec> calls;
@@ -150,8 +135,7 @@ enum class DpiHeaderForm {
 };
 
 enum class StringPlacement {
-    Default,    // in the header for the new forms, inside each record for the old
-    InHeader,   // after the header fields, covered by the header length (new forms)
+    Default,    // after the header fields (new forms), inside each record (old form)
     InSegment,  // inside each segment payload, after its fields
     AtEnd,      // after the last segment (the old form reads nothing there)
 };
@@ -173,8 +157,6 @@ struct Project {
     uint32_t header_version = 0xDC0C;          // used by NewPlain (any value but 0xDC0C)
     uint64_t properties = 0;                    // bit 1 set adds the extra word
     uint64_t extra_word = 0;
-    uint32_t reserved = 0;
-    std::string name_field = "vemcov test profile";
     uint32_t header_padding = 0;                // extra bytes covered by the header length
     StringPlacement strings = StringPlacement::Default;
     std::optional<uint32_t> announced_segments; // default: the number of segments
@@ -196,7 +178,6 @@ struct SpiLineSpec {
     SpiForm form = SpiForm::V3;
     std::string file_base_dir;
     std::string file_name;
-    std::string module_base_dir;
     std::string module_name;
     std::string routine_name;
     uint32_t line = 1;
@@ -210,13 +191,9 @@ std::string SpiLine(const SpiLineSpec &line);
 // The dynamic profile of the project: every function with in_dpi, in order.
 std::string DpiBytes(const Project &project);
 
-// Offsets of the pieces of the last DpiBytes result, for tests that damage a
-// file at a chosen field.
-struct DpiLayoutInfo {
-    uint64_t data_start = 0;                  // first segment (its tag in the new forms)
-    std::vector<uint64_t> segment_offsets;    // each segment record (payload start)
-};
-DpiLayoutInfo DpiLayout(const Project &project);
+// Where each segment record (its payload) starts in DpiBytes(project), for
+// tests that damage a file at a chosen field.
+std::vector<uint64_t> SegmentOffsets(const Project &project);
 
 // Writes `bytes` to `path` (directories are not created). Returns false on
 // failure.

@@ -6,6 +6,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "tests/support/profile_writer.h"
+
 namespace testsupport {
 
 ScratchDir::ScratchDir()
@@ -20,6 +22,13 @@ ScratchDir::~ScratchDir()
 {
     std::error_code ignored;
     std::filesystem::remove_all(path_, ignored);
+}
+
+std::string ScratchDir::write(const std::string &relative, const std::string &bytes) const
+{
+    if (!WriteBytes(path(relative), bytes))
+        abort();
+    return path(relative);
 }
 
 bool ScratchDir::exists(const std::string &relative) const

@@ -16,6 +16,8 @@ public:
 
     const std::string &path() const { return path_; }
     std::string path(const std::string &relative) const { return path_ + "/" + relative; }
+    // Writes a file (its directory must exist) and returns its path.
+    std::string write(const std::string &relative, const std::string &bytes) const;
     bool exists(const std::string &relative) const;
     std::string read(const std::string &relative) const;
 

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -13,26 +14,31 @@
 #include "shared/vemtra/tallyfold/tool_message.h"
 #include "tests/support/capture.h"
 #include "tests/support/profile_writer.h"
+#include "tests/support/scratch_dir.h"
 
 using namespace testsupport;
 
 namespace {
 
-// A profile file in /tmp that is removed with the object.
-class TempDpi {
-public:
-    explicit TempDpi(const std::string &bytes)
-    {
-        static int serial = 0;
-        path_ = "/tmp/vemcov-dpi-" + std::to_string(getpid()) + "-" + std::to_string(serial++) + ".dpi";
-        WriteBytes(path_, bytes);
-    }
-    ~TempDpi() { unlink(path_.c_str()); }
-    const char *path() const { return path_.c_str(); }
+class DpiReader : public testing::Test {
+protected:
+    // Writes a profile into the test's directory and returns its path.
+    std::string File(const std::string &bytes) { return dir_.write("p" + std::to_string(files_++) + ".dpi", bytes); }
 
-private:
-    std::string path_;
+    ScratchDir dir_;
+    int files_ = 0;
 };
+
+// Opens `path` in a child without a tool name; the child exits with 3 when
+// the open succeeds.
+Captured OpenInChild(const std::string &path)
+{
+    return CaptureInChild([&] {
+        VEMTRA_Tool_Set_Name(nullptr);
+        if (VEMTRA_Open_Dpi_File(path.c_str()) != nullptr)
+            _exit(3);
+    });
+}
 
 void PutLe(std::string &bytes, size_t at, uint64_t value, int width)
 {
@@ -77,13 +83,13 @@ Project RichProject()
 
 }  // namespace
 
-TEST(DpiReader, ReadsBackEveryFieldOfVersion3Records)
+TEST_F(DpiReader, ReadsBackEveryFieldOfVersion3Records)
 {
     for (LineInfo lines : {LineInfo::Unpacked, LineInfo::Packed, LineInfo::None}) {
         Project p = RichProject();
         p.line_info = lines;
-        TempDpi file(DpiBytes(p));
-        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(file.path());
+        std::string path = File(DpiBytes(p));
+        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(path.c_str());
         ASSERT_NE(dpi, nullptr);
         EXPECT_EQ(dpi->runs, 4u);
         EXPECT_EQ(dpi->magic, 0xDC12u);
@@ -98,7 +104,7 @@ TEST(DpiReader, ReadsBackEveryFieldOfVersion3Records)
         EXPECT_FLOAT_EQ(entry.frequency, 2.0f);     // max(8, 3) / 4 runs
         EXPECT_FLOAT_EQ(dpi->max_frequency, 10.0f); // main: 40 / 4
 
-        DPI_SEGMENT *handle = VEMTRA_Get_Segment(dpi, file.path(), "/nowhere/src/b.c", "zeta");
+        DPI_SEGMENT *handle = VEMTRA_Get_Segment(dpi, path.c_str(), "/nowhere/src/b.c", "zeta");
         ASSERT_NE(handle, nullptr);
         EXPECT_EQ(handle->runs, 4u);
         DPI_S *s = handle->segment;
@@ -145,70 +151,57 @@ TEST(DpiReader, ReadsBackEveryFieldOfVersion3Records)
     }
 }
 
-TEST(DpiReader, Version2RecordsWidenCountersAndComposeOffsets)
+TEST_F(DpiReader, HeaderFormsAndVersion2Records)
 {
-    Project p;
-    p.layout = RecordLayout::Version2;
-    p.Add("/nowhere/v2.c", "f", 7).Blocks({{0xFFFFFFFFu, 7, 2}, {9, 8, 4}}).Address(0x1234);
-    for (DpiHeaderForm form : {DpiHeaderForm::NewWithProperties, DpiHeaderForm::Old}) {
-        p.header_form = form;
-        TempDpi file(DpiBytes(p));
-        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(file.path());
-        ASSERT_NE(dpi, nullptr);
-        // The file-name offset takes the function-name offset as its high
-        // half, which points past the end: the file name reads as empty.
-        EXPECT_EQ(Pairs(dpi), (std::vector<std::string>{"/|f"}));
-        DPI_SEGMENT *handle = VEMTRA_Get_Segment(dpi, nullptr, "", "f");
-        ASSERT_NE(handle, nullptr);
-        DPI_S *s = handle->segment;
-        EXPECT_STREQ(s->function_name, "f");
-        EXPECT_EQ(s->function_address, 0x1234u);
-        ASSERT_EQ(s->block_cnt, 2u);
-        EXPECT_EQ(s->blocks[0].count, 0xFFFFFFFFu);
-        EXPECT_EQ(s->blocks[1].start_line, 8u);
-        EXPECT_EQ(s->blocks[1].start_col, 4u);
-        EXPECT_STREQ(s->entries[0].name, "f");
-        VEMTRA_Free_Segment(handle);
-        VEMTRA_Close_Dpi_File(dpi);
+    // Each record layout under the three header forms: with properties (bit
+    // 1 adds the extra word), without them behind a longer header, and the
+    // old form with its names after the records.
+    for (RecordLayout layout : {RecordLayout::Version3, RecordLayout::Version2}) {
+        for (DpiHeaderForm form : {DpiHeaderForm::NewWithProperties, DpiHeaderForm::NewPlain, DpiHeaderForm::Old}) {
+            Project p;
+            p.runs = 2;
+            p.layout = layout;
+            p.header_form = form;
+            p.header_version = 0xDC0D;
+            p.properties = form == DpiHeaderForm::NewWithProperties ? 3 : 0;
+            p.header_padding = form == DpiHeaderForm::NewPlain ? 100 : 0;
+            p.strings = form == DpiHeaderForm::Old ? StringPlacement::AtEnd : StringPlacement::Default;
+            p.Add("/nowhere/v.c", "f", 7).Blocks({{0xFFFFFFFFu, 7, 2}, {9, 8, 4}}).Address(0x1234);
+            DPI_FILE *dpi = VEMTRA_Open_Dpi_File(File(DpiBytes(p)).c_str());
+            ASSERT_NE(dpi, nullptr);
+            EXPECT_EQ(dpi->runs, 2u);
+            EXPECT_EQ(dpi->has_flow_graph, static_cast<int32_t>(p.properties & 1));
+            // Version 2 composes the file-name offset with the function-name
+            // offset as its high half, which points past the end: the file
+            // name reads as empty.
+            std::string file = layout == RecordLayout::Version2 ? "" : "/nowhere/v.c";
+            EXPECT_EQ(Pairs(dpi), std::vector<std::string>{(file.empty() ? "/" : file) + "|f"});
+            DPI_SEGMENT *handle = VEMTRA_Get_Segment(dpi, nullptr, file.c_str(), "f");
+            ASSERT_NE(handle, nullptr);
+            DPI_S *s = handle->segment;
+            EXPECT_STREQ(s->function_name, "f");
+            EXPECT_STREQ(s->entries[0].name, "f");
+            EXPECT_EQ(s->function_address, 0x1234u);
+            ASSERT_EQ(s->block_cnt, 2u);
+            EXPECT_EQ(s->blocks[0].count, 0xFFFFFFFFu);
+            EXPECT_EQ(s->blocks[1].start_line, 8u);
+            EXPECT_EQ(s->blocks[1].start_col, 4u);
+            VEMTRA_Free_Segment(handle);
+            VEMTRA_Close_Dpi_File(dpi);
+        }
     }
 }
 
-TEST(DpiReader, HeaderForms)
-{
-    Project p;
-    p.runs = 2;
-    p.header_version = 0xDC0D;
-    p.Add("/nowhere/h.c", "g", 1).Blocks({{6, 1, 1}});
-    // With properties (bit 1 adds the extra word), without them behind a
-    // longer header, and the old form with its names after the records.
-    for (DpiHeaderForm form : {DpiHeaderForm::NewWithProperties, DpiHeaderForm::NewPlain, DpiHeaderForm::Old}) {
-        p.header_form = form;
-        p.properties = form == DpiHeaderForm::NewWithProperties ? 3 : 0;
-        p.header_padding = form == DpiHeaderForm::NewPlain ? 100 : 0;
-        p.strings = form == DpiHeaderForm::Old ? StringPlacement::AtEnd : StringPlacement::Default;
-        TempDpi file(DpiBytes(p));
-        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(file.path());
-        ASSERT_NE(dpi, nullptr);
-        EXPECT_EQ(dpi->runs, 2u);
-        EXPECT_EQ(dpi->has_flow_graph, static_cast<int32_t>(p.properties & 1));
-        DPI_SEGMENT *handle = VEMTRA_Get_Segment(dpi, nullptr, "/nowhere/h.c", "g");
-        ASSERT_NE(handle, nullptr);
-        EXPECT_EQ(handle->segment->blocks[0].count, 6u);
-        VEMTRA_Free_Segment(handle);
-        VEMTRA_Close_Dpi_File(dpi);
-    }
-}
-
-TEST(DpiReader, ExtensionBlocksAreRecordedSkippedOrRefused)
+TEST_F(DpiReader, ExtensionBlocksAreRecordedSkippedOrRefused)
 {
     Project p;
     FunctionSpec &f = p.Add("/nowhere/x.c", "f", 1).Blocks({{1, 1, 1}});
     f.extensions = {{0xFEEF, "graph"}, {0xD1F0, "abc"}, {0xDC6A, "de"}, {0xD123, "skipped"}};
     p.Add("/nowhere/x.c", "g", 2).Blocks({{2, 2, 1}});
     p.properties = 7;
-    TempDpi file(DpiBytes(p));
+    std::string path = File(DpiBytes(p));
     Captured run = CaptureInChild([&] {
-        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(file.path());
+        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(path.c_str());
         if (dpi == nullptr || dpi->segment_count != 2)
             _exit(3);
         const DPI_DIRECTORY_ENTRY &e = dpi->directory[0];
@@ -220,32 +213,27 @@ TEST(DpiReader, ExtensionBlocksAreRecordedSkippedOrRefused)
             _exit(5);
     });
     EXPECT_EQ(run.status, 0);
-    std::string name = file.path();
-    EXPECT_EQ(run.err, "WARNING: " + name +
+    EXPECT_EQ(run.err, "WARNING: " + path +
                            " contains unrecognized properties value, 0x7, in header. Data may be ignored\n"
                            "WARNING: Unrecognized extension segment id, 0xd123. Attempting to skip.\n");
 
     p.functions[0].extensions = {{0x1234, "x"}};
     p.properties = 0;
-    TempDpi refused(DpiBytes(p));
-    run = CaptureInChild([&] {
-        VEMTRA_Tool_Set_Name("vemcov");
-        if (VEMTRA_Open_Dpi_File(refused.path()) != nullptr)
-            _exit(3);
-    });
+    std::string refused = File(DpiBytes(p));
+    run = OpenInChild(refused);
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, std::string("vemcov: WARNING: cannot process .dpi file, '") + refused.path() + "'\n");
+    EXPECT_EQ(run.err, "WARNING: cannot process .dpi file, '" + refused + "'\n");
 }
 
-TEST(DpiReader, SourceRootExtensionReRootsTheFileName)
+TEST_F(DpiReader, SourceRootExtensionReRootsTheFileName)
 {
     Project p;
     FunctionSpec &f = p.Add("/build/tree/src/a.c", "f", 1).Blocks({{1, 1, 1}});
     f.src_root_length = 12;  // "/build/tree/"
-    TempDpi file(DpiBytes(p));
+    std::string path = File(DpiBytes(p));
     Captured run = CaptureInChild([&] {
         VEMTRA_Src_Root_Dir_Set("/nowhere/else", 0);
-        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(file.path());
+        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(path.c_str());
         if (dpi == nullptr || strcmp(dpi->directory[0].file_name, "/nowhere/else/src/a.c") != 0)
             _exit(3);
         DPI_SEGMENT *handle = VEMTRA_Get_Segment(dpi, nullptr, "/nowhere/else/src/a.c", "f");
@@ -256,7 +244,7 @@ TEST(DpiReader, SourceRootExtensionReRootsTheFileName)
         VEMTRA_Close_Dpi_File(dpi);
         std::string deep = "/" + std::string(4090, 'd');
         VEMTRA_Src_Root_Dir_Set(deep.c_str(), 0);
-        dpi = VEMTRA_Open_Dpi_File(file.path());
+        dpi = VEMTRA_Open_Dpi_File(path.c_str());
         if (dpi == nullptr || strcmp(dpi->directory[0].file_name, "/build/tree/src/a.c") != 0)
             _exit(5);
     });
@@ -264,131 +252,98 @@ TEST(DpiReader, SourceRootExtensionReRootsTheFileName)
     EXPECT_EQ(run.err, "WARNING: new name for /build/tree/src/a.c is too long; src_root not used\n");
 }
 
-TEST(DpiReader, DuplicateKeysWarnOncePerGroupAndStay)
+TEST_F(DpiReader, DuplicateKeysWarnOncePerGroupAndStay)
 {
     Project p;
     for (int i = 0; i < 3; i++)
         p.Add("/nowhere/d.c", "twice", 1).Blocks({{uint64_t(i), 1, 1}});
     p.Add("/nowhere/d.c", "once", 1);
-    TempDpi file(DpiBytes(p));
+    std::string path = File(DpiBytes(p));
     Captured run = CaptureInChild([&] {
-        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(file.path());
+        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(path.c_str());
         if (dpi == nullptr || Pairs(dpi).size() != 4)
             _exit(3);
     });
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, std::string("WARNING: Multiple profile entries in ") + file.path() +
-                           " match lookup key, /nowhere/d.c'twice'\n");
+    EXPECT_EQ(run.err, "WARNING: Multiple profile entries in " + path + " match lookup key, /nowhere/d.c'twice'\n");
 }
 
-TEST(DpiReader, AddressTablesInsertionAndAmbiguity)
+TEST_F(DpiReader, AddressTablesInsertionAndAmbiguity)
 {
     Project p;
     p.Add("/nowhere/t.c", "one", 1).Address(5);
-    p.Add("/nowhere/t.c", "one", 1).Address(5);         // same address and name: kept once
+    p.Add("/nowhere/u.c", "one", 1).Address(5);         // same address and name: kept once
     p.Add("/nowhere/t.c", "two", 2).Address(7);
     p.Add("/nowhere/t.c", "three", 3).Address(7);       // right after "two": ambiguous
     p.Add("/nowhere/t.c", "four", 4).Address(9);
     p.Add("/nowhere/t.c", "between", 5).Address(9 + 991);
     p.Add("/nowhere/t.c", "five", 6).Address(9);        // same as "four", not adjacent
-    TempDpi file(DpiBytes(p));
-    Captured run = CaptureInChild([&] {
-        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(file.path());
-        if (dpi == nullptr)
-            _exit(3);
-        DPI_FUNC_INFO *one = VEMTRA_Lookup_Func(5);
-        if (one == nullptr || strcmp(one->function_name, "one") != 0)
-            _exit(4);
-        if (VEMTRA_Lookup_Func(7) != nullptr)
-            _exit(5);
-        DPI_FUNC_INFO *four = VEMTRA_Lookup_Func(9);
-        if (four == nullptr || strcmp(four->function_name, "four") != 0)
-            _exit(6);
-    });
-    EXPECT_EQ(run.status, 0);
+    DPI_FILE *dpi = VEMTRA_Open_Dpi_File(File(DpiBytes(p)).c_str());
+    ASSERT_NE(dpi, nullptr);
+    ASSERT_NE(VEMTRA_Lookup_Func(5), nullptr);
+    EXPECT_STREQ(VEMTRA_Lookup_Func(5)->function_name, "one");
+    EXPECT_EQ(VEMTRA_Lookup_Func(7), nullptr);
+    ASSERT_NE(VEMTRA_Lookup_Func(9), nullptr);
+    EXPECT_STREQ(VEMTRA_Lookup_Func(9)->function_name, "four");
+    VEMTRA_Close_Dpi_File(dpi);
 }
 
-TEST(DpiReader, DamagedHeadersEndTheRun)
-{
-    Project p;
-    p.Add("/nowhere/a.c", "f", 1).Blocks({{1, 1, 1}});
-    std::string good = DpiBytes(p);
-
-    Captured run = CaptureInChild([] {
-        if (VEMTRA_Open_Dpi_File("/nowhere/missing.dpi") != nullptr)
-            _exit(3);
-    });
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, "");  // the caller reports a missing file
-
-    TempDpi tiny(good.substr(0, 3));
-    run = CaptureInChild([&] { VEMTRA_Open_Dpi_File(tiny.path()); });
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, tiny.path() + std::string(": Success\nFATAL ERROR: fread on file ") + tiny.path() +
-                           " failed\n");
-
-    p.magic = 0xABCD;
-    TempDpi wrong(DpiBytes(p));
-    run = CaptureInChild([&] { VEMTRA_Open_Dpi_File(wrong.path()); });
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, std::string("WARNING: Unrecognized dpi header in ") + wrong.path() +
-                           "\n\nERROR: Can't read .dpi file, " + wrong.path() + "\n");
-
-    for (size_t cut : {size_t(7), size_t(20), size_t(300), size_t(550)}) {
-        TempDpi short_header(good.substr(0, cut));
-        run = CaptureInChild([&] {
-            VEMTRA_Tool_Set_Name("vemcov");
-            VEMTRA_Open_Dpi_File(short_header.path());
-        });
-        EXPECT_EQ(run.status, 1) << cut;
-        EXPECT_EQ(run.err, std::string("vemcov: ERROR: Can't read .dpi file, ") + short_header.path() + "\n") << cut;
-    }
-}
-
-TEST(DpiReader, DamagedSegmentsEndTheRunOrFailTheOpen)
+TEST_F(DpiReader, DamagedFilesEndTheRunOrFailTheOpen)
 {
     Project p;
     p.Add("/nowhere/a.c", "f", 1).Blocks({{1, 1, 1}});
     p.Add("/nowhere/a.c", "g", 2).Blocks({{1, 2, 1}});
-    p.announced_segments = 3;
-    TempDpi fewer(DpiBytes(p));
-    Captured run = CaptureInChild([&] {
-        if (VEMTRA_Open_Dpi_File(fewer.path()) != nullptr)
-            _exit(3);
-    });
-    EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, std::string("WARNING: unexpected end of file '") + fewer.path() +
-                           "',Expected 3 records. Read 2\n");
-
-    p.announced_segments.reset();
-    p.functions[1].record_version = 4;
-    TempDpi version(DpiBytes(p));
-    run = CaptureInChild([&] { VEMTRA_Open_Dpi_File(version.path()); });
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, std::string("ERROR: ") + version.path() +
-                           " has old or incompatible file format\n\tDelete file and redo instrumentation "
-                           "compilation/execution.\n");
-
+    const std::string good = DpiBytes(p);
+    Project wrong_magic = p, fewer = p, version = p;
+    wrong_magic.magic = 0xABCD;
+    fewer.announced_segments = 3;
+    version.functions[1].record_version = 4;
     // A block count the file cannot hold is refused before any allocation.
-    p.functions[1].record_version.reset();
-    std::string huge = DpiBytes(p);
-    PutLe(huge, DpiLayout(p).segment_offsets[0] + 16, 0xFFFFFFFFu, 4);
-    TempDpi counted(huge);
-    run = CaptureInChild([&] { VEMTRA_Open_Dpi_File(counted.path()); });
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, counted.path() + std::string(": Success\nFATAL ERROR: fread on file ") + counted.path() +
-                           " failed\n");
+    std::string huge = good;
+    PutLe(huge, SegmentOffsets(p)[0] + 16, 0xFFFFFFFFu, 4);
+
+    const std::string short_read = "%s: Success\nFATAL ERROR: fread on file %s failed\n";
+    const std::string cannot_read = "ERROR: Can't read .dpi file, %s\n";
+    const struct {
+        std::string bytes;
+        int status;  // 3: the open succeeded
+        std::string message;  // every %s is the file's path
+    } cases[] = {
+        {good.substr(0, 3), 1, short_read},
+        {DpiBytes(wrong_magic), 1, "WARNING: Unrecognized dpi header in %s\n\n" + cannot_read},
+        {good.substr(0, 7), 1, cannot_read},
+        {good.substr(0, 20), 1, cannot_read},
+        {good.substr(0, 300), 1, cannot_read},
+        {good.substr(0, 550), 1, cannot_read},
+        {DpiBytes(fewer), 0, "WARNING: unexpected end of file '%s',Expected 3 records. Read 2\n"},
+        {DpiBytes(version), 1,
+         "ERROR: %s has old or incompatible file format\n\tDelete file and redo instrumentation "
+         "compilation/execution.\n"},
+        {huge, 1, short_read},
+    };
+    for (const auto &c : cases) {
+        std::string path = File(c.bytes), expected = c.message;
+        for (size_t at; (at = expected.find("%s")) != std::string::npos;)
+            expected.replace(at, 2, path);
+        Captured run = OpenInChild(path);
+        EXPECT_EQ(run.status, c.status) << expected;
+        EXPECT_EQ(run.err, expected);
+    }
+    // A missing file is the caller's to report.
+    Captured missing = OpenInChild("/nowhere/missing.dpi");
+    EXPECT_EQ(missing.status, 0);
+    EXPECT_EQ(missing.err, "");
 }
 
-TEST(DpiReader, EveryTruncationEndsCleanly)
+TEST_F(DpiReader, EveryTruncationEndsCleanly)
 {
     Project p = RichProject();
     p.functions[0].extensions = {{0xD1F0, "xyz"}};
     std::string good = DpiBytes(p);
     for (size_t cut = 0; cut < good.size(); cut += 7) {
-        TempDpi file(good.substr(0, cut));
+        std::string path = File(good.substr(0, cut));
         Captured run = CaptureInChild([&] {
-            DPI_FILE *dpi = VEMTRA_Open_Dpi_File(file.path());
+            DPI_FILE *dpi = VEMTRA_Open_Dpi_File(path.c_str());
             if (dpi == nullptr)
                 _exit(7);
             char *name = nullptr, *function = nullptr;
