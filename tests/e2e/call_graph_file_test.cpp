@@ -40,10 +40,9 @@ TEST(CallGraphFile, DirectIndirectAndVirtualCalls)
     // In the dynamic profile only: no call-graph node.
     FunctionSpec &nospi = p.Add("/src/b.c", "nospi", 30).Blocks({{0, 30, 1}}).OnlyInDpi();
     nospi.value_sites = {{0, {{0x1000, 4, 0}}}};
-    s.write("vemtra.spi", SpiText(p));
-    s.write("vemtra.dpi", DpiBytes(p));
+    s.writeProfiles(p);
 
-    ExpectGolden("call_graph_calls", s, s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV));
+    ExpectGolden("call_graph_calls", s, s.run({"-txtdcg", "cg.txt"}));
 }
 
 TEST(CallGraphFile, DuplicateDefinitionsAndFunctionsDefinedInTwoFiles)
@@ -59,10 +58,9 @@ TEST(CallGraphFile, DuplicateDefinitionsAndFunctionsDefinedInTwoFiles)
     p.Add("/src/b.c", "inl", 1).Blocks({{2, 1, 1}}).Calls({{0, 2, "work(E)"}});
     // A version 4 "(G)" callee and an indirect site give no edge.
     p.Add("/src/b.c", "work", 10).Blocks({{7, 10, 1}}).Calls({{0, 3, "(G)gone"}, {0, 4, "(indirect)"}});
-    s.write("vemtra.spi", SpiText(p));
-    s.write("vemtra.dpi", DpiBytes(p));
+    s.writeProfiles(p);
 
-    ExpectGolden("call_graph_definitions", s, s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV));
+    ExpectGolden("call_graph_definitions", s, s.run({"-txtdcg", "cg.txt"}));
 }
 
 TEST(CallGraphFile, CorruptStaticProfileLine)
@@ -76,9 +74,9 @@ TEST(CallGraphFile, CorruptStaticProfileLine)
     spi.insert(spi.size() - 1, " 0 2");
     s.write("vemtra.spi", spi);
     s.write("vemtra.dpi", DpiBytes(p));
-    RunResult r = s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV);
+    RunResult r = s.run({"-txtdcg", "cg.txt"});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, BANNER_LINES + "\nvemcov: ERROR: corrupt spi file 'vemtra.spi', line 1\n");
+    EXPECT_EQ(r.err, BANNER + "vemcov: ERROR: corrupt spi file 'vemtra.spi', line 1\n");
     EXPECT_EQ(s.read("cg.txt"), "");
 }
 
@@ -87,10 +85,9 @@ TEST(CallGraphFile, ValueSiteOutsideItsSegment)
     Scenario s;
     Project p;
     p.Add("/src/a.c", "main", 3).Blocks({{2, 3, 1}}).value_sites = {{1, {{0x1000, 4, 0}}}};
-    s.write("vemtra.spi", SpiText(p));
-    s.write("vemtra.dpi", DpiBytes(p));
-    RunResult r = s.run({"-txtdcg", "cg.txt"}, NO_PACKAGE_ENV);
+    s.writeProfiles(p);
+    RunResult r = s.run({"-txtdcg", "cg.txt"});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, BANNER_LINES + "\nshared/vemtra/tallyfold:892 ASSERTX(i < dpi->block_cnt)\n");
+    EXPECT_EQ(r.err, BANNER + "shared/vemtra/tallyfold:892 ASSERTX(i < dpi->block_cnt)\n");
     EXPECT_EQ(s.read("cg.txt"), ".module 0 \"/src/a.c\"\n    .function \"main\" 0 0 2\n");
 }

@@ -14,8 +14,6 @@ using namespace testsupport;
 
 namespace {
 
-const std::string BANNER = BANNER_LINES + "\n";
-
 // A bad command line: `message`, the banner and an empty line on standard
 // error, the usage text (as `help` printed it) on standard output, status 1.
 void ExpectUsage(const RunResult &help, const RunResult &result, const std::string &message = "")
@@ -28,21 +26,21 @@ void ExpectUsage(const RunResult &help, const RunResult &result, const std::stri
 TEST(CommandLine, HelpWordsAndBadArgumentsPrintUsage)
 {
     Scenario s;
-    RunResult help = s.run({"-h"}, NO_PACKAGE_ENV);
+    RunResult help = s.run({"-h"});
     ExpectGolden("command_line_usage", s, help);
 
     // Options before a help word take effect silently; the run still ends.
     for (const char *word : {"-?", "/?", "-help", "/help", "/h"})
-        ExpectUsage(help, s.run({"-counts", "-prj", "p", word, "-nosuch"}, NO_PACKAGE_ENV));
+        ExpectUsage(help, s.run({"-counts", "-prj", "p", word, "-nosuch"}));
     // These options fall back on usage when their value is missing.
     for (const char *option : {"-spi", "-dpi", "-ref", "-srcroot", "-prj", "-maddr", "-mname"})
-        ExpectUsage(help, s.run({"-counts", option}, NO_PACKAGE_ENV));
+        ExpectUsage(help, s.run({"-counts", option}));
 
     // An unknown argument is named; it ends the scan before -helpx is seen.
     const std::vector<std::string> wrongs = {"-SPI", "-spi=a", "--help", "vemtra.spi", "-helpx2", "",
                                              std::string(100000, 'x'), "\xff\x80-\xc3"};
     for (const std::string &wrong : wrongs)
-        ExpectUsage(help, s.run({wrong, "-helpx"}, NO_PACKAGE_ENV),
+        ExpectUsage(help, s.run({wrong, "-helpx"}),
                     "ERROR: wrong option " + wrong + " is specified.\n");
     EXPECT_TRUE(s.outputs().empty());
 }
@@ -99,9 +97,9 @@ TEST(CommandLine, OverLongSourceRootIsRefusedAfterTheBanner)
     const std::string root = "/" + std::string(5000, 'r');
     const std::string warning =
         BANNER + "WARNING: new name for prof_src_root_dir, " + root + ", is too long. Will not set src_root dir \n";
-    RunResult option = s.run({"-srcroot", root}, NO_PACKAGE_ENV);
+    RunResult option = s.run({"-srcroot", root});
     EXPECT_EQ(option.err.substr(0, warning.size()), warning);
-    RunResult env = s.run({}, {{"TARSK_PROF_SRC_ROOT", root}, {"PATH", "/nonexistent"}});
+    RunResult env = s.run({}, {{"TARSK_PROF_SRC_ROOT", root}});
     EXPECT_EQ(env.err.substr(0, warning.size()), warning);
     // -srcroot wins over the environment.
     RunResult both = s.run({"-srcroot", "/tmp"}, {{"TARSK_PROF_SRC_ROOT", root}});
@@ -121,7 +119,7 @@ TEST(CommandLine, HostileValuesNeverCrash)
         {"-onelinedsbl", "", "-beginblkdsbl", huge, "-endblkdsbl", bytes, "-icolor", "", "-nopmeter"},
     };
     for (const auto &args : runs) {
-        RunResult result = s.run(args, NO_PACKAGE_ENV);
+        RunResult result = s.run(args);
         EXPECT_EQ(result.signal, 0);
         EXPECT_EQ(result.err.substr(0, BANNER.size()), BANNER);
     }

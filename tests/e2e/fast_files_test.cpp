@@ -23,12 +23,6 @@ std::vector<std::string> AllFour(std::vector<std::string> more)
     return args;
 }
 
-void WriteProfiles(Scenario &s, const Project &p)
-{
-    s.write("vemtra.spi", SpiText(p));
-    s.write("vemtra.dpi", DpiBytes(p));
-}
-
 }  // namespace
 
 TEST(FastFiles, SeveralModulesWithEveryKindOfFunction)
@@ -51,8 +45,8 @@ TEST(FastFiles, SeveralModulesWithEveryKindOfFunction)
     // s.c: alpha ran, beta did not: beta's block lines stand under alpha's.
     p.Add("/src/s.c", "alpha", 1).Blocks({{2, 1, 1}});
     p.Add("/src/s.c", "beta", 5).Blocks({{0, 5, 1}, {0, 6, 2}});
-    WriteProfiles(s, p);
-    ExpectGolden("fast_files_modules", s, s.run(AllFour({"-prj", "P&Q"}), NO_PACKAGE_ENV));
+    s.writeProfiles(p);
+    ExpectGolden("fast_files_modules", s, s.run(AllFour({"-prj", "P&Q"})));
 }
 
 TEST(FastFiles, PercentagesRoundHalfUp)
@@ -64,8 +58,8 @@ TEST(FastFiles, PercentagesRoundHalfUp)
     std::vector<BlockSpec> blocks(800, BlockSpec{0, 2, 1});
     blocks[0].count = 1;
     p.Add("/src/r.c", "eighth", 2).Blocks(blocks);
-    WriteProfiles(s, p);
-    RunResult r = s.run({"-txtfcvrg", "f.txt", "-xmlfcvrg", "f.xml"}, NO_PACKAGE_ENV);
+    s.writeProfiles(p);
+    RunResult r = s.run({"-txtfcvrg", "f.txt", "-xmlfcvrg", "f.xml"});
     EXPECT_EQ(r.status, 0);
     ExpectSameBytes("f.txt", "Covered Functions in File: \"/src/r.c\"\n\"eighth\"\t1\t800\t1\t  0.13\n", s.read("f.txt"));
     ExpectSameBytes("f.xml",
@@ -104,13 +98,12 @@ TEST(FastFiles, MarkersMakeLinesInfeasible)
     p.Add(m, "k", 6).Blocks({{1, 6, 1}, {1, 8, 3}});
     p.Add(m, "h", 11).Blocks({{0, 11, 1}, {0, 13, 3}});
     p.Add(m, "last", 16).Blocks({{7, 16, 1}, {0, 18, 3}});
-    WriteProfiles(s, p);
+    s.writeProfiles(p);
     // The file is scanned for every function: the warning comes four times
     // per file written.
     ExpectGolden("fast_files_markers", s,
                  s.run(AllFour({"-onelinedsbl", "NOTREACHED", "-beginblkdsbl", "BEGIN_OFF", "-endblkdsbl",
-                                "END_OFF"}),
-                       NO_PACKAGE_ENV));
+                                "END_OFF"})));
 }
 
 TEST(FastFiles, APairOutsideTheComponentListEndsTheWalk)
@@ -121,16 +114,16 @@ TEST(FastFiles, APairOutsideTheComponentListEndsTheWalk)
     p.Add("/src/a.c", "a2", 5).Blocks({{2, 5, 1}});
     p.Add("/src/b.c", "b1", 1).Blocks({{3, 1, 1}});
     p.Add("/src/c.c", "c1", 1).Blocks({{4, 1, 1}});
-    WriteProfiles(s, p);
+    s.writeProfiles(p);
 
     // b.c is not of interest: the walk stays on its pair, so c.c never comes.
     s.write("comp.txt", "a.c\nc.c\n");
-    ExpectGolden("fast_files_component_list", s, s.run(AllFour({"-comp", "comp.txt"}), NO_PACKAGE_ENV));
+    ExpectGolden("fast_files_component_list", s, s.run(AllFour({"-comp", "comp.txt"})));
 
     // Already the first pair is out: no module at all, and the XML files
     // still get their closing "</MODULE>".
     s.write("comp.txt", "c.c\n");
-    RunResult r = s.run(AllFour({"-comp", "comp.txt"}), NO_PACKAGE_ENV);
+    RunResult r = s.run(AllFour({"-comp", "comp.txt"}));
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(s.read("f.txt"), "");
     EXPECT_EQ(s.read("b.txt"), "");
@@ -143,18 +136,18 @@ TEST(FastFiles, ADynamicProfileWithoutFunctionsIsCorrupt)
     Scenario s;
     Project p;
     p.Add("/src/a.c", "main", 1).OnlyInSpi();
-    WriteProfiles(s, p);
+    s.writeProfiles(p);
     // The first file ends the run; the XML files keep their opening only.
-    RunResult r = s.run(AllFour({"-txtdcg", "cg.txt"}), NO_PACKAGE_ENV);
+    RunResult r = s.run(AllFour({"-txtdcg", "cg.txt"}));
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "");
-    EXPECT_EQ(r.err, BANNER_LINES + "\nvemtra.dpi is corrupt!\n");
+    EXPECT_EQ(r.err, BANNER + "vemtra.dpi is corrupt!\n");
     EXPECT_EQ(s.read("f.xml"), "<PROJECT name = \"(null)\">\n");
     EXPECT_EQ(s.outputs().size(), 5u);
     EXPECT_EQ(s.read("cg.txt"), "");
 
     // The call-graph file alone ends the same way.
-    r = s.run({"-txtdcg", "cg.txt", "-dpi", "vemtra.dpi"}, NO_PACKAGE_ENV);
+    r = s.run({"-txtdcg", "cg.txt", "-dpi", "vemtra.dpi"});
     EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.err, BANNER_LINES + "\nvemtra.dpi is corrupt!\n");
+    EXPECT_EQ(r.err, BANNER + "vemtra.dpi is corrupt!\n");
 }

@@ -18,12 +18,6 @@ using testsupport::Scenario;
 
 namespace {
 
-void WriteProfiles(Scenario &scenario, const Project &project)
-{
-    scenario.write("vemtra.spi", testsupport::SpiText(project));
-    scenario.write("vemtra.dpi", testsupport::DpiBytes(project));
-}
-
 const char APP_C[] =
     "/* app.c: a small program */\n"      // 1
     "static int helper(int x)\n"          // 2
@@ -93,11 +87,10 @@ TEST(FullBlockFiles, ProjectWithMarkers)
     p.Add(scenario.path("src/lost.c"), "lost_fn", 1).Blocks({{1, 1, 1}});
     p.Add(scenario.path("src/noline.c"), "noline", 1).Blocks({{5, 0, 0}, {2, 0, 0}}).line_info =
         testsupport::LineInfo::None;
-    WriteProfiles(scenario, p);
+    scenario.writeProfiles(p);
     ExpectGolden("full_block_files_markers", scenario,
                  scenario.run({"-nohtml", "-prj", "demo<&>", "-txtbcvrgfull", "full.txt", "-xmlbcvrgfull",
-                               "full.xml", "-onelinedsbl", "NF", "-beginblkdsbl", "NF_BEGIN", "-endblkdsbl", "NF_END"},
-                              testsupport::NO_PACKAGE_ENV));
+                               "full.xml", "-onelinedsbl", "NF", "-beginblkdsbl", "NF_BEGIN", "-endblkdsbl", "NF_END"}));
 }
 
 // Every function with a segment is written with the counts of the current
@@ -116,7 +109,7 @@ TEST(FullBlockFiles, DifferentialRunKeepsCountsAsRead)
     current.Add(calc, "sub", 5).Blocks({{2, 6, 1}, {2, 7, 5}});
     current.Add(calc, "mul", 9).Blocks({{1, 10, 1}, {0, 11, 5}});
     current.Add(calc, "dvd", 13).Blocks({{0, 14, 1}}).OnlyInSpi();
-    WriteProfiles(scenario, current);
+    scenario.writeProfiles(current);
     Project reference;
     reference.Add(calc, "add", 1).Blocks({{9, 2, 1}, {9, 3, 5}});
     reference.Add(calc, "sub", 5).Blocks({{0, 6, 1}, {0, 7, 5}});
@@ -124,8 +117,7 @@ TEST(FullBlockFiles, DifferentialRunKeepsCountsAsRead)
     scenario.write("ref.dpi", testsupport::DpiBytes(reference));
     ExpectGolden("full_block_files_reference", scenario,
                  scenario.run({"-nohtml", "-nopmeter", "-ref", "ref.dpi", "-txtbcvrgfull", "diff.txt",
-                               "-xmlbcvrgfull", "diff.xml"},
-                              testsupport::NO_PACKAGE_ENV));
+                               "-xmlbcvrgfull", "diff.xml"}));
 }
 
 // The check comes at the start of the module, after its heading.
@@ -136,7 +128,7 @@ TEST(FullBlockFiles, ProfileWithoutRunsIsCorrupt)
     Project p;
     p.runs = 0;
     p.Add(scenario.path("a.c"), "a", 1).Blocks({{0, 1, 1}});
-    WriteProfiles(scenario, p);
+    scenario.writeProfiles(p);
     ExpectGolden("full_block_files_zero_runs", scenario,
-                 scenario.run({"-nohtml", "-txtbcvrgfull", "z.txt"}, testsupport::NO_PACKAGE_ENV));
+                 scenario.run({"-nohtml", "-txtbcvrgfull", "z.txt"}));
 }

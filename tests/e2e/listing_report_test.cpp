@@ -76,8 +76,7 @@ void WriteListingProject(Scenario &scenario)
     p.Add(src + "empty.c", "e", 1).Blocks({{1, 1, 1}});
     p.Add(src + "nonl.c", "last", 1).Blocks({{5, 1, 18}});
     p.Add(src + "off.c", "off", 1).Blocks({{1, 1, 15}});
-    scenario.write("vemtra.spi", testsupport::SpiText(p));
-    scenario.write("vemtra.dpi", testsupport::DpiBytes(p));
+    scenario.writeProfiles(p);
 }
 
 // The function lists link to anchors the listing cannot hold: ff.c stops at
@@ -129,8 +128,7 @@ TEST(ListingReport, DifferentialRun)
     Project current;
     current.Add(src, "fresh", 1).Blocks({{2, 2, 3}});
     current.Add(src, "old", 3).Blocks({{1, 4, 3}, {5, 4, 8}});
-    scenario.write("vemtra.spi", testsupport::SpiText(current));
-    scenario.write("vemtra.dpi", testsupport::DpiBytes(current));
+    scenario.writeProfiles(current);
     scenario.write("ref.dpi", testsupport::DpiBytes(reference));
     RunResult result = scenario.run({"-nopmeter", "-ref", "ref.dpi"});
     ASSERT_EQ(0, result.status) << result.err;

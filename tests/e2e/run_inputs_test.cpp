@@ -15,12 +15,6 @@ using namespace testsupport;
 
 namespace {
 
-// What the option parser prints before anything else, with no compiler
-// package on PATH.
-const std::string BANNER = BANNER_LINES + "\n";
-
-const std::map<std::string, std::string> &NO_PACKAGE = NO_PACKAGE_ENV;
-
 // One function of one module, in both profiles.
 Project OneFunction()
 {
@@ -65,7 +59,7 @@ TEST(RunInputs, EachFailureStopsAtItsStep)
             s.write("vemtra.dpi", DpiBytes(OneFunction()));
         if (c.spi != "-")
             s.write("vemtra.spi", c.spi);
-        RunResult r = s.run(c.args, NO_PACKAGE);
+        RunResult r = s.run(c.args);
         EXPECT_EQ(r.status, 1) << number;
         EXPECT_EQ(r.out, "") << number;
         ExpectSameBytes("stderr", BANNER + c.message, r.err);
@@ -83,7 +77,7 @@ TEST(RunInputs, WarningsOfTheOpensCarryNoToolName)
     s.write("vemtra.dpi", DpiBytes(p));
     s.write("ref.dpi", DpiBytes(p));
     s.write("vemtra.spi", "");
-    RunResult r = s.run({"-nohtml", "-nopmeter", "-ref", "ref.dpi"}, NO_PACKAGE);
+    RunResult r = s.run({"-nohtml", "-nopmeter", "-ref", "ref.dpi"});
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out, "");
     ExpectSameBytes("stderr",
@@ -95,31 +89,21 @@ TEST(RunInputs, WarningsOfTheOpensCarryNoToolName)
 
 TEST(RunInputs, ProjectFramesOfTheXmlFiles)
 {
+    // Given with a fast option, the full file keeps only its frame, with
+    // the project name escaped. (The full road's frames are in the golden
+    // cases of the full block files.)
     Scenario s;
-    s.write("vemtra.dpi", DpiBytes(OneFunction()));
-    s.write("vemtra.spi", "");  // no function: the full file holds only its frame
-
-    RunResult r = s.run({"-xmlbcvrgfull", "full.xml", "-nohtml", "-nopmeter", "-prj", "P<&>\"'x"}, NO_PACKAGE);
+    s.writeProfiles(OneFunction());
+    RunResult r = s.run({"-txtfcvrg", "f.txt", "-xmlbcvrgfull", "full.xml", "-prj", "P<&>\"'x"});
     EXPECT_EQ(r.status, 0) << r.err;
     ExpectSameBytes("full.xml", "<PROJECT name=\"P&lt;&amp;&gt;&quot;&apos;x\">\n</PROJECT>\n", s.read("full.xml"));
-
-    r = s.run({"-xmlbcvrgfull", "full.xml", "-nohtml", "-nopmeter"}, NO_PACKAGE);
-    EXPECT_EQ(r.status, 0) << r.err;
-    ExpectSameBytes("full.xml", "<PROJECT name=\"(null)\">\n</PROJECT>\n", s.read("full.xml"));
-
-    // Given with a fast option, the full file keeps only its frame.
-    s.write("vemtra.spi", SpiText(OneFunction()));
-    r = s.run({"-txtfcvrg", "f.txt", "-xmlbcvrgfull", "full.xml", "-prj", "a&b"}, NO_PACKAGE);
-    EXPECT_EQ(r.status, 0) << r.err;
-    ExpectSameBytes("full.xml", "<PROJECT name=\"a&amp;b\">\n</PROJECT>\n", s.read("full.xml"));
 }
 
 TEST(RunInputs, ProgressLineEndsWhenTheMeterIsOn)
 {
     // On the fast road too, which prints nothing else there.
     Scenario s;
-    s.write("vemtra.dpi", DpiBytes(OneFunction()));
-    s.write("vemtra.spi", SpiText(OneFunction()));
+    s.writeProfiles(OneFunction());
     EXPECT_EQ(s.run({"-txtfcvrg", "functions.txt"}).out, "\n");
     EXPECT_EQ(s.run({"-nopmeter", "-txtfcvrg", "functions.txt"}).out, "");
 }

@@ -94,6 +94,14 @@ Captured CaptureInChild(const std::function<void()> &body, int timeout_seconds)
     return WaitFor(pid, out_fd, err_fd, timeout_seconds);
 }
 
+Captured CaptureInDir(const std::string &dir, const std::function<bool()> &body)
+{
+    return CaptureInChild([&] {
+        if (chdir(dir.c_str()) != 0 || !body())
+            _exit(7);
+    });
+}
+
 Captured RunProgram(const ProgramRun &run)
 {
     std::vector<std::string> env;

@@ -23,6 +23,10 @@ struct Captured {
 // the process.
 Captured CaptureInChild(const std::function<void()> &body, int timeout_seconds = 60);
 
+// Runs `body` in a child whose working directory is `dir`; the child exits
+// with 7 when `body` returns false.
+Captured CaptureInDir(const std::string &dir, const std::function<bool()> &body);
+
 struct ProgramRun {
     std::string program;                     // path of the executable
     std::string argv0;                       // argv[0] as the program sees it

@@ -106,14 +106,10 @@ void Scenario::write(const std::string &relative, const std::string &bytes)
     inputs_.insert(relative);
 }
 
-void Scenario::mkdir(const std::string &relative)
+void Scenario::writeProfiles(const Project &project)
 {
-    fs::create_directories(path(relative));
-}
-
-bool Scenario::exists(const std::string &relative) const
-{
-    return fs::exists(path(relative));
+    write("vemtra.spi", SpiText(project));
+    write("vemtra.dpi", DpiBytes(project));
 }
 
 std::string Scenario::read(const std::string &relative) const
@@ -131,6 +127,8 @@ RunResult Scenario::run(const std::vector<std::string> &args, const std::map<std
     program.set_env = env;
     if (env.count("TARSK_PROF_SRC_ROOT") == 0)
         program.unset_env.push_back("TARSK_PROF_SRC_ROOT");
+    if (env.count("PATH") == 0)
+        program.set_env["PATH"] = "/nonexistent";
     RunResult result = RunProgram(program);
     EXPECT_FALSE(result.timed_out) << "vemcov did not finish in time";
     EXPECT_EQ(result.signal, 0) << "vemcov was killed by signal " << result.signal << "\n" << result.err;

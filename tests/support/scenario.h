@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tests/support/capture.h"
+#include "tests/support/profile_writer.h"
 
 namespace testsupport {
 
@@ -33,13 +34,14 @@ public:
 
     // Writes an input file (directories are created); remembered as input.
     void write(const std::string &relative, const std::string &bytes);
-    // Makes a directory below the case directory.
-    void mkdir(const std::string &relative);
-    bool exists(const std::string &relative) const;
+    // Writes the project's profiles as vemtra.spi and vemtra.dpi.
+    void writeProfiles(const Project &project);
     std::string read(const std::string &relative) const;
 
     // Runs build/vemcov with argv[0] "vemcov" in the case directory.
-    // TARSK_PROF_SRC_ROOT is removed from the environment unless `env` sets it.
+    // TARSK_PROF_SRC_ROOT is removed from the environment unless `env` sets
+    // it, and PATH holds no compiler package (see banner_text.h) unless `env`
+    // sets it.
     RunResult run(const std::vector<std::string> &args,
                   const std::map<std::string, std::string> &env = {}) const;
 
