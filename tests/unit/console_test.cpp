@@ -34,26 +34,26 @@ std::string Meter(int components, bool on = true)
     return run.out;
 }
 
-TEST(ProgressMeter, ReportsEveryTenth)
+TEST(ProgressMeter, ReportsByItsQuantum)
 {
     const std::string tenths = "Progress: 10% .. 20% .. 30% .. 40% .. 50% .. 60% .. 70% .. 80% .. 90% .. 100%\n";
-    EXPECT_EQ(Meter(100), tenths);
-    EXPECT_EQ(Meter(10), tenths);
-    // Quantum 2: the last report is moved onto the last tick.
-    EXPECT_EQ(Meter(15), "Progress: 13% .. 27% .. 40% .. 53% .. 67% .. 80% .. 93% .. 100%\n");
-}
-
-TEST(ProgressMeter, SmallRuns)
-{
-    // 0.7 + 0.5 rounds down to a quantum of 1: every tick reports.
-    EXPECT_EQ(Meter(7), "Progress: 14% .. 29% .. 43% .. 57% .. 71% .. 86% .. 100%\n");
-    // A quantum of 0: every tick reports, and no tick count is at most 0.
-    EXPECT_EQ(Meter(4), "25% .. 50% .. 75% .. 100%\n");
-    EXPECT_EQ(Meter(1), "100%\n");
-    EXPECT_EQ(Meter(0), "\n");
-    // -nopmeter: nothing at all, not even the end of the line.
-    EXPECT_EQ(Meter(100, false), "");
-    EXPECT_EQ(Meter(4, false), "");
+    const std::pair<int, std::string> cases[] = {
+        {100, tenths},
+        {10, tenths},
+        // Quantum 2: the last report is moved onto the last tick.
+        {15, "Progress: 13% .. 27% .. 40% .. 53% .. 67% .. 80% .. 93% .. 100%\n"},
+        // 0.7 + 0.5 rounds down to a quantum of 1: every tick reports.
+        {7, "Progress: 14% .. 29% .. 43% .. 57% .. 71% .. 86% .. 100%\n"},
+        // A quantum of 0: every tick reports, and no tick count is at most 0.
+        {4, "25% .. 50% .. 75% .. 100%\n"},
+        {1, "100%\n"},
+        {0, "\n"},
+    };
+    for (const auto &[components, text] : cases) {
+        EXPECT_EQ(Meter(components), text) << components;
+        // -nopmeter: nothing at all, not even the end of the line.
+        EXPECT_EQ(Meter(components, false), "") << components;
+    }
 }
 
 TEST(NumberFormat, GroupsOfThree)

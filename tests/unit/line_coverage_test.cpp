@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <string>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -15,7 +14,6 @@
 #include "tests/support/scratch_dir.h"
 
 using testsupport::Captured;
-using testsupport::CaptureInChild;
 using testsupport::ScratchDir;
 
 namespace {
@@ -26,9 +24,7 @@ namespace {
 // The child exits 7 on a false result.
 Captured WritePages(const ScratchDir &dir, const std::string &blocked, bool withSource = true)
 {
-    return CaptureInChild([&] {
-        if (chdir(dir.path().c_str()) != 0)
-            _exit(90);
+    return testsupport::CaptureInDir(dir.path(), [&] {
         mkdir("CodeCoverage", 0777);
         if (!blocked.empty())
             mkdir(("CodeCoverage/" + blocked).c_str(), 0777);
@@ -50,8 +46,7 @@ Captured WritePages(const ScratchDir &dir, const std::string &blocked, bool with
         fileFuncsUncovered = table + 1;
         numFileFuncsCovered = numFileFuncsUncovered = 1;
         ListingWorkArea work;
-        if (!bOutputLineCoverage("html", &work))
-            _exit(7);
+        return bOutputLineCoverage("html", &work);
     });
 }
 

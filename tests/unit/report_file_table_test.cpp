@@ -2,11 +2,9 @@
 // quicksort of long tables on every key, and the pages and orders that are
 // refused.
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <string>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -17,7 +15,7 @@
 #include "tests/support/scratch_dir.h"
 
 using testsupport::Captured;
-using testsupport::CaptureInChild;
+using testsupport::CaptureInDir;
 using testsupport::ScratchDir;
 
 namespace {
@@ -67,20 +65,6 @@ TEST(ReportFileTable, QuicksortOrdersEveryKeyBothWays)
     }
 }
 
-// Runs `write` in a child in `dir` (made current), after creating the report
-// directory when `withReportDir`; the child exits 7 when `write` is false.
-Captured WriteIn(const ScratchDir &dir, bool withReportDir, const std::function<bool()> &write)
-{
-    return CaptureInChild([&] {
-        if (chdir(dir.path().c_str()) != 0)
-            _exit(90);
-        if (withReportDir)
-            mkdir("CodeCoverage", 0777);
-        if (!write())
-            _exit(7);
-    });
-}
-
 TEST(ReportFileTable, PagesAndOrdersThatAreRefused)
 {
     FileList files(3);
@@ -89,26 +73,25 @@ TEST(ReportFileTable, PagesAndOrdersThatAreRefused)
             return bCreateCov(true, order, "__Covered_Files_Coverage", "html", nullptr, 3, files.array.data());
         };
     };
-    ScratchDir noReportDir;
-    Captured c = WriteIn(noReportDir, false, table(2));
+    ScratchDir noReportDir, dir;
+    mkdir(dir.path("CodeCoverage").c_str(), 0777);
+    Captured c = CaptureInDir(noReportDir.path(), table(2));
     EXPECT_EQ(7, c.status);
     EXPECT_EQ("Unable to create root html file __Covered_Files_Coverage!\n", c.err);
-
-    ScratchDir dir;
-    c = WriteIn(dir, true, table(-4));
+    c = CaptureInDir(dir.path(), table(-4));
     EXPECT_EQ(1, c.status);
     EXPECT_EQ("Invalid sorting option -4\n", c.err);
-    c = WriteIn(dir, true, table(0));
+    c = CaptureInDir(dir.path(), table(0));
     EXPECT_EQ(1, c.status);
     EXPECT_EQ("Internal error: invalid sort oder: 0\n", c.err);
 
     // The summary page, then the root page in the current directory.
     auto summary = [] { return bCreateSummary(nullptr, "Code_Coverage", "__Code_Coverage", nullptr, nullptr, "html"); };
-    c = WriteIn(noReportDir, false, summary);
+    c = CaptureInDir(noReportDir.path(), summary);
     EXPECT_EQ(7, c.status);
     EXPECT_EQ("Unable to create root html file __Code_Coverage!\n", c.err);
     mkdir(dir.path("CODE_COVERAGE.HTML").c_str(), 0777);
-    c = WriteIn(dir, true, summary);
+    c = CaptureInDir(dir.path(), summary);
     EXPECT_EQ(7, c.status);
     EXPECT_EQ("Unable to create root html file Code_Coverage!\n", c.err);
     EXPECT_TRUE(dir.exists("CodeCoverage/__CODE_COVERAGE.HTML"));

@@ -18,23 +18,20 @@
 #include "tests/support/scratch_dir.h"
 
 using testsupport::Captured;
-using testsupport::CaptureInChild;
 using testsupport::ScratchDir;
 
 namespace {
 
-// Runs createToolBar("html") in a child, in `dir`, after `prepare`; the
-// child exits 7 when it returns false.
+// Runs createToolBar("html") in a child in `dir`, after making the report
+// directory when `makeReportDir` and then `prepare`; the child exits 7 when
+// it returns false.
 Captured RunCreateToolBar(const ScratchDir &dir, bool makeReportDir, const std::function<void()> &prepare = [] {})
 {
-    return CaptureInChild([&] {
-        if (chdir(dir.path().c_str()) != 0)
-            _exit(90);
-        if (makeReportDir)
-            mkdir("CodeCoverage", 0777);
+    if (makeReportDir)
+        mkdir(dir.path("CodeCoverage").c_str(), 0777);
+    return testsupport::CaptureInDir(dir.path(), [&] {
         prepare();
-        if (!createToolBar("html"))
-            _exit(7);
+        return createToolBar("html");
     });
 }
 
