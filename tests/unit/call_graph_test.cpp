@@ -11,6 +11,7 @@
 #include "shared/vemtra/client/dpi_file.h"
 #include "tests/support/capture.h"
 #include "tests/support/profile_writer.h"
+#include "tests/support/scratch_dir.h"
 
 using namespace testsupport;
 
@@ -20,41 +21,27 @@ class CallGraphTest : public ::testing::Test {
 protected:
     void SetUp() override { VEMTRA_Free_Call_Graph(); }
     void TearDown() override { VEMTRA_Free_Call_Graph(); }
-};
 
-// The two profiles in /tmp, removed with the object.
-class TempProfiles {
-public:
-    TempProfiles(const std::string &spi, const std::string &dpi)
+    // Writes the profiles as the static one and a.dpi.
+    void Write(const std::string &spi, const std::string &dpi)
     {
-        static int serial = 0;
-        std::string stem = "/tmp/vemcov-cg-" + std::to_string(getpid()) + "-" + std::to_string(serial++);
-        spi_ = stem + ".spi";
-        dpi_ = stem + ".dpi";
-        WriteBytes(spi_, spi);
-        WriteBytes(dpi_, dpi);
+        spi_ = dir_.write("a.spi", spi);
+        dpi_ = dir_.write("a.dpi", dpi);
     }
-    ~TempProfiles()
-    {
-        unlink(spi_.c_str());
-        unlink(dpi_.c_str());
-    }
-    const char *spi() const { return spi_.c_str(); }
-    const char *dpi() const { return dpi_.c_str(); }
 
     // Builds the graph with the dynamic profile opened here; returns the
     // flag-0 result.
     int Build() const
     {
-        DPI_FILE *file = VEMTRA_Open_Dpi_File(dpi());
+        DPI_FILE *file = VEMTRA_Open_Dpi_File(dpi_.c_str());
         EXPECT_NE(file, nullptr);
         int flag0 = -1;
-        VEMTRA_Create_Call_Graph(dpi(), spi(), &flag0, file);
+        VEMTRA_Create_Call_Graph(dpi_.c_str(), spi_.c_str(), &flag0, file);
         VEMTRA_Close_Dpi_File(file);
         return flag0;
     }
 
-private:
+    ScratchDir dir_;
     std::string spi_, dpi_;
 };
 
@@ -77,8 +64,8 @@ TEST_F(CallGraphTest, FlagsWordBAndInLists)
     FunctionSpec &ext = p.Add("/src/b.c", "ext", 30).Blocks({{8, 30, 1}});
     ext.attributes = 0x2;
     ext.word_b = 0x33;
-    TempProfiles files(SpiText(p), DpiBytes(p));
-    EXPECT_EQ(files.Build(), 0);
+    Write(SpiText(p), DpiBytes(p));
+    EXPECT_EQ(Build(), 0);
 
     entry *main_ = VEMTRA_first_entry, *helper = main_->next, *node = helper->next;
     ASSERT_EQ(VEMTRA_entry_count, 3u);
@@ -93,8 +80,8 @@ TEST_F(CallGraphTest, FlagsWordBAndInLists)
     // Flag 0 of any segment is reported.
     VEMTRA_Free_Call_Graph();
     p.functions[1].extra_flags = VEMTRA_SEG_FLAG0;
-    TempProfiles flagged(SpiText(p), DpiBytes(p));
-    EXPECT_EQ(flagged.Build(), 1);
+    Write(SpiText(p), DpiBytes(p));
+    EXPECT_EQ(Build(), 1);
 }
 
 TEST_F(CallGraphTest, DefinitionsInOtherModulesChainBehindTheFirst)
@@ -134,10 +121,10 @@ TEST_F(CallGraphTest, CorruptLinesEndTheRun)
         {line + " 1\n", "line 1"},
     };
     for (const Case &c : cases) {
-        TempProfiles files(c.spi, DpiBytes(p));
-        Captured run = CaptureInChild([&] { files.Build(); });
+        Write(c.spi, DpiBytes(p));
+        Captured run = CaptureInChild([&] { Build(); });
         EXPECT_EQ(run.status, 1);
-        EXPECT_EQ(run.err, "ERROR: corrupt spi file '" + std::string(files.spi()) + "', " + c.message + "\n");
+        EXPECT_EQ(run.err, "ERROR: corrupt spi file '" + spi_ + "', " + c.message + "\n");
     }
 }
 
@@ -145,23 +132,17 @@ TEST_F(CallGraphTest, MissingProfiles)
 {
     Project p;
     p.Add("/src/a.c", "main", 3).Blocks({{1, 3, 1}});
-    TempProfiles files(SpiText(p), DpiBytes(p));
-    std::string spi = files.spi();
-    unlink(spi.c_str());
+    Write(SpiText(p), DpiBytes(p));
+    unlink(spi_.c_str());
     // With the open dynamic profile given, the graph stays empty.
-    files.Build();
+    Build();
     EXPECT_EQ(VEMTRA_first_entry, nullptr);
     // Opening the dynamic profile itself, the routine ends the run.
-    Captured run = CaptureInChild([&] {
-        int flag0 = 0;
-        VEMTRA_Create_Call_Graph(files.dpi(), spi.c_str(), &flag0, nullptr);
-    });
+    int flag0 = 0;
+    Captured run = CaptureInChild([&] { VEMTRA_Create_Call_Graph(dpi_.c_str(), spi_.c_str(), &flag0, nullptr); });
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "ERROR: couldn't open spi file '" + spi + "'\n");
-    run = CaptureInChild([&] {
-        int flag0 = 0;
-        VEMTRA_Create_Call_Graph("/nonexistent/x.dpi", spi.c_str(), &flag0, nullptr);
-    });
+    EXPECT_EQ(run.err, "ERROR: couldn't open spi file '" + spi_ + "'\n");
+    run = CaptureInChild([&] { VEMTRA_Create_Call_Graph("/nonexistent/x.dpi", spi_.c_str(), &flag0, nullptr); });
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "ERROR: couldn't open dpi file '/nonexistent/x.dpi'\n");
 }

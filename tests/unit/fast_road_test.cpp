@@ -17,25 +17,24 @@
 #include "shared/vemtra/client/dpi_file.h"
 #include "tests/support/capture.h"
 #include "tests/support/profile_writer.h"
+#include "tests/support/scratch_dir.h"
 
 using namespace testsupport;
 
 namespace {
 
-// Writes the project's profiles to /tmp, opens the dynamic one as the run's
-// profile, and gives directory entry `lost` a file name whose segment cannot
-// be found; then runs `write` on standard output in a child.
+// Writes the project's profiles, opens the dynamic one as the run's profile,
+// and gives directory entry `lost` a file name whose segment cannot be
+// found; then runs `write` on standard output in a child.
 Captured WriteWithLostPair(int lost, bool (*write)(FILE *, int), int kind)
 {
     Project p;
     p.Add("/src/a.c", "f1", 1).Blocks({{3, 1, 1}}).Calls({{0, 1, "f2(E)"}});
     p.Add("/src/a.c", "f2", 5).Blocks({{4, 5, 1}});
     p.Add("/src/b.c", "g1", 1).Blocks({{5, 1, 1}});
-    std::string stem = "/tmp/vemcov-fast-" + std::to_string(getpid());
-    std::string spi = stem + ".spi", dpi = stem + ".dpi";
-    WriteBytes(spi, SpiText(p));
-    WriteBytes(dpi, DpiBytes(p));
-    Captured run = CaptureInChild([&] {
+    ScratchDir dir;
+    std::string spi = dir.write("vemtra.spi", SpiText(p)), dpi = dir.write("vemtra.dpi", DpiBytes(p));
+    return CaptureInChild([&] {
         g_lpszSPIFileName = strdup(spi.c_str());
         g_lpszDPIFileName = strdup(dpi.c_str());
         pgofDPIFile = VEMTRA_Open_Dpi_File(dpi.c_str());
@@ -46,9 +45,6 @@ Captured WriteWithLostPair(int lost, bool (*write)(FILE *, int), int kind)
         if (!write(stdout, kind))
             _exit(4);
     });
-    unlink(spi.c_str());
-    unlink(dpi.c_str());
-    return run;
 }
 
 bool CallGraphWriter(FILE *out, int)

@@ -1,6 +1,8 @@
 // Option parser: the settings a command line leaves behind. Each parse runs
 // in a child process (the settings are process-wide and some paths end the
-// process); the child prints the settings and the parent checks them.
+// process); the child prints the settings and the parent checks them. (The
+// defaults show in the end-to-end cases, bad command lines in the
+// command-line cases.)
 #include <cstdio>
 #include <map>
 #include <sstream>
@@ -102,26 +104,6 @@ void ExpectSettings(const std::vector<std::string> &args, const std::map<std::st
 }
 
 const char DEFAULT_COLOURS[] = "#90ee90 #ffffff #ffffff #fafad2 #ffff99 #ffcccc #ffffff";
-
-TEST(Options, BareRunUsesEveryDefault)
-{
-    Parsed p = Parse({});
-    ASSERT_TRUE(p.ok);
-    EXPECT_EQ(p.run.status, 0);
-    const std::map<std::string, std::string> expected = {
-        {"spi", "vemtra.spi"}, {"dpi", "vemtra.dpi"}, {"ref", "(none)"}, {"compWithRef", "0"},
-        {"srcroot", "(none)"}, {"prj", "(none)"}, {"comp", "(none)"}, {"counts", "0"}, {"nopartial", "0"},
-        {"meter", "1"}, {"demang", "0"}, {"mname", "Nobody"}, {"maddr", "nobody"}, {"txtf", "(none)"},
-        {"xmlf", "(none)"}, {"txtb", "(none)"}, {"xmlb", "(none)"}, {"txtfull", "(none)"}, {"xmlfull", "(none)"},
-        {"dcg", "(none)"}, {"callgraph", "0"}, {"html", "1"}, {"nohtml", "0"}, {"oneline", ""}, {"begin", ""},
-        {"end", ""}, {"markers", "0"}, {"floating", "0"}, {"links", "0"}, {"host", "tvx_host"},
-        {"dbname", "tvx_db"}, {"dbprj", "(none)"}, {"user", "(none)"}, {"passwd", "(none)"}, {"ext", "html"},
-        {"colours", DEFAULT_COLOURS},
-    };
-    EXPECT_EQ(p.settings, expected);
-    // The banner (two lines) and an empty line.
-    EXPECT_EQ(p.run.err.substr(p.run.err.size() - 2), "\n\n");
-}
 
 TEST(Options, EveryOptionReachesItsSetting)
 {
