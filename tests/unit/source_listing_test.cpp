@@ -14,6 +14,7 @@
 #include "report/coverage_store.h"
 #include "report/source_listing.h"
 #include "tests/support/memory_stream.h"
+#include "tests/support/scenario.h"
 #include "tests/support/scratch_dir.h"
 
 using testsupport::MemoryStream;
@@ -69,33 +70,13 @@ private:
     coverage_list store_;
 };
 
-std::string Open(int line, const char *colour)
-{
-    char text[96];
-    snprintf(text, sizeof text, "%6d) <a name=\"l%d\" style=\"background-color: %s\">", line, line, colour);
-    return text;
-}
-
-std::string Change(const char *colour)
-{
-    return std::string("</a><a style=\"background-color: ") + colour + "\">";
-}
-
-std::string CounterLine(const std::string &body, const char *colour = "#ffffff")
-{
-    return std::string("        <a style=\"background-color: ") + colour + "\">" + body + "</a>\n";
-}
-
 TEST(SourceListing, LooksPastAtMost255LeadingBlanks)
 {
     ListingCase c(std::string(254, ' ') + "x\n" + std::string(300, ' ') + "y\n");
     c.Block(1, 255, 0);   // where the text begins: the line opens in its colour
     c.Block(2, 256, 7);   // after 255 blanks, where the look-ahead stops
     c.Block(2, 301, 0);   // beyond it: a change inside the line
-    EXPECT_EQ(Open(1, "#ffff99") + std::string(254, ' ') + "x</a>\n" + CounterLine(std::string(254, ' ') + "^ 0 ") +
-                  Open(2, "#ffffff") + std::string(300, ' ') + Change("#ffff99") + "y</a>\n" +
-                  CounterLine(std::string(255, ' ') + "^ 7 " + std::string(41, ' ') + "^ 0 "),
-              c.Lines());
+    testsupport::ExpectSameAsFile("listing_look_ahead.html", c.Lines());
 }
 
 TEST(SourceListing, InfeasibleLineFollowsItsPositionsUnseen)
@@ -107,9 +88,7 @@ TEST(SourceListing, InfeasibleLineFollowsItsPositionsUnseen)
     c.Block(1, 1, 1);
     c.Block(2, 14, 1);   // partial, on the infeasible line: no change, no marker
     c.Block(2, 14, 0);
-    EXPECT_EQ(Open(1, "#ffffff") + "a;</a>\n" + CounterLine("^ 1 ") + Open(2, "#90ee90") + "b; /* off */ c;</a>\n" +
-                  Open(3, "#fafad2") + "d;</a>\n",
-              c.Lines(&infeasible));
+    testsupport::ExpectSameAsFile("listing_infeasible_line.html", c.Lines(&infeasible));
 }
 
 TEST(SourceListing, CounterLabels)
@@ -141,9 +120,7 @@ TEST(SourceListing, LabelsShareALineFromTheirOwnWidthOnInTheInformationColour)
     c.Block(1, 1, 5);   // "^ 5 " is four wide
     c.Block(1, 5, 6);   // exactly four further: the same counter line
     c.Block(1, 8, 7);   // three further than "^ 6 ": the next one
-    EXPECT_EQ(Open(1, "#ffffff") + "abcdefgh</a>\n" + CounterLine("^ 5 ^ 6 ", "#eeeeee") +
-                  CounterLine("       ^ 7 ", "#eeeeee"),
-              c.Lines());
+    testsupport::ExpectSameAsFile("listing_shared_counter_line.html", c.Lines());
     BGColor[COLOR_INFO] = saved;
 }
 
@@ -152,9 +129,7 @@ TEST(SourceListing, MarkerLineGrowsPastItsFirstSize)
     ListingCase c(std::string(3000, 'x') + "\n");
     c.Block(1, 2500, 1);
     c.Block(1, 2999, 2);
-    EXPECT_EQ(Open(1, "#ffffff") + std::string(3000, 'x') + "</a>\n" +
-                  CounterLine(std::string(2499, ' ') + "^ 1 " + std::string(495, ' ') + "^ 2 "),
-              c.Lines());
+    testsupport::ExpectSameAsFile("listing_long_marker_line.html", c.Lines());
 }
 
 TEST(SourceListing, NumbersLinesUpTo999999)
