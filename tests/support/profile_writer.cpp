@@ -11,6 +11,7 @@ namespace {
 const uint64_t MAGIC_NEW = 0xDC12;
 const uint32_t MAGIC_OLD = 0xDC0B;
 const uint32_t HEADER_PROPS = 0xDC0C;
+const uint32_t HEADER_PLAIN = 0xDC0D;
 const uint64_t TAG_SEGMENT = 0xDEEF;
 const uint64_t TAG_SRC_ROOT = 0xDA5E;
 const size_t NAME_FIELD = 512;
@@ -199,7 +200,7 @@ std::string Build(const Project &p, std::vector<uint64_t> *offsets)
         header += name_field;
     } else {
         bool props = p.header_form == DpiHeaderForm::NewWithProperties;
-        uint32_t version = props ? HEADER_PROPS : p.header_version;
+        uint32_t version = props ? HEADER_PROPS : HEADER_PLAIN;
         Put64(header, p.magic.value_or(MAGIC_NEW));
         Put64(header, 0);  // header length, patched below
         Put32(header, version);
@@ -298,71 +299,42 @@ FunctionSpec &Project::Add(const std::string &file, const std::string &name, uin
     return functions.back();
 }
 
-std::string SpiLine(const SpiLineSpec &s)
+// One line of the static profile for `f`, in `form`.
+static std::string SpiLine(SpiForm form, const FunctionSpec &f)
 {
-    std::string base = Masked(s.file_base_dir), file = Masked(s.file_name);
-    std::string module = Masked(s.module_name);
-    std::string routine = Masked(s.routine_name);
+    std::string base = Masked(f.spi_base_dir), file = Masked(f.file), module = file + ".o";
+    std::string routine = Masked(f.name);
+    int blocks = f.block_count >= 0 ? f.block_count : static_cast<int>(f.blocks.size());
     char numbers[128];
     std::string out;
-    switch (s.form) {
-    case SpiForm::V3:
-    case SpiForm::V4:
-        snprintf(numbers, sizeof numbers, "V%d %zu %zu 0 %zu %zu ", s.form == SpiForm::V3 ? 3 : 4, base.size(),
+    if (form == SpiForm::V3 || form == SpiForm::V4) {
+        snprintf(numbers, sizeof numbers, "V%d %zu %zu 0 %zu %zu ", form == SpiForm::V3 ? 3 : 4, base.size(),
                  file.size() + 1, module.size() + 1, routine.size() + 1);
-        out = numbers;
-        if (!base.empty())
-            out += base + " ";
-        out += file + " " + module + " " + routine;
-        snprintf(numbers, sizeof numbers, " %u %d %d %c", s.line, s.block_count, s.excluded_block_count, s.linkage);
-        out += numbers;
-        break;
-    case SpiForm::V1:
-    case SpiForm::V2:
-        snprintf(numbers, sizeof numbers, "V%d %zu %zu %zu ", s.form == SpiForm::V1 ? 1 : 2, file.size() + 1,
+        out = numbers + (base.empty() ? "" : base + " ");
+    } else if (form != SpiForm::Unversioned) {
+        snprintf(numbers, sizeof numbers, "V%d %zu %zu %zu ", form == SpiForm::V1 ? 1 : 2, file.size() + 1,
                  module.size() + 1, routine.size() + 1);
         out = numbers;
-        out += file + " " + module + " " + routine;
-        if (s.form == SpiForm::V2)
-            snprintf(numbers, sizeof numbers, " %u %d %d %c", s.line, s.block_count, s.excluded_block_count,
-                     s.linkage);
-        else
-            snprintf(numbers, sizeof numbers, " %u %d %c", s.line, s.block_count, s.linkage);
-        out += numbers;
-        break;
-    case SpiForm::Unversioned:
-        out = file + " " + module + " " + routine;
-        snprintf(numbers, sizeof numbers, " %u %d %c", s.line, s.block_count, s.linkage);
-        out += numbers;
-        break;
     }
-    for (const CallSpec &c : s.calls) {
+    out += file + " " + module + " " + routine;
+    if (form == SpiForm::V1 || form == SpiForm::Unversioned)
+        snprintf(numbers, sizeof numbers, " %u %d %c", f.line, blocks, f.linkage);
+    else
+        snprintf(numbers, sizeof numbers, " %u %d %d %c", f.line, blocks, f.excluded_block_count, f.linkage);
+    out += numbers;
+    for (const CallSpec &c : f.calls) {
         snprintf(numbers, sizeof numbers, " %d %d ", c.block, c.site);
         out += numbers + c.callee;
     }
-    out += "\n";
-    return out;
+    return out + "\n";
 }
 
 std::string SpiText(const Project &project)
 {
     std::string out;
-    for (const FunctionSpec &f : project.functions) {
-        if (!f.in_spi)
-            continue;
-        SpiLineSpec s;
-        s.form = project.spi_form;
-        s.file_base_dir = f.spi_base_dir;
-        s.file_name = f.file;
-        s.module_name = f.file + ".o";
-        s.routine_name = f.name;
-        s.line = f.line;
-        s.block_count = f.block_count >= 0 ? f.block_count : static_cast<int>(f.blocks.size());
-        s.excluded_block_count = f.excluded_block_count;
-        s.linkage = f.linkage;
-        s.calls = f.calls;
-        out += SpiLine(s);
-    }
+    for (const FunctionSpec &f : project.functions)
+        if (f.in_spi)
+            out += SpiLine(project.spi_form, f);
     return out;
 }
 

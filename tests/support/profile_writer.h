@@ -130,7 +130,7 @@ struct FunctionSpec {
 
 enum class DpiHeaderForm {
     NewWithProperties,  // magic 0xDC12, header version 0xDC0C, properties word
-    NewPlain,           // magic 0xDC12, another header version, no properties
+    NewPlain,           // magic 0xDC12, header version 0xDC0D, no properties
     Old,                // magic 0xDC0B, 528-byte header, untagged records
 };
 
@@ -154,7 +154,6 @@ struct Project {
     RecordLayout layout = RecordLayout::Version3;
     LineInfo line_info = LineInfo::Unpacked;
     DpiHeaderForm header_form = DpiHeaderForm::NewWithProperties;
-    uint32_t header_version = 0xDC0C;          // used by NewPlain (any value but 0xDC0C)
     uint64_t properties = 0;                    // bit 1 set adds the extra word
     uint64_t extra_word = 0;
     uint32_t header_padding = 0;                // extra bytes covered by the header length
@@ -168,25 +167,10 @@ struct Project {
     FunctionSpec &Add(const std::string &file, const std::string &name, uint32_t line, char linkage = 'E');
 };
 
-// The static profile of the project: one line per function with in_spi.
+// The static profile of the project: one line per function with in_spi, its
+// module the file name with ".o" appended; spaces in the names are written
+// as '|'.
 std::string SpiText(const Project &project);
-
-// One static-profile line (with its newline) in the given form. Spaces in the
-// string fields are written as '|'. For V3/V4 an empty base directory is
-// written as length 0 and no token.
-struct SpiLineSpec {
-    SpiForm form = SpiForm::V3;
-    std::string file_base_dir;
-    std::string file_name;
-    std::string module_name;
-    std::string routine_name;
-    uint32_t line = 1;
-    int block_count = 0;
-    int excluded_block_count = 0;
-    char linkage = 'E';
-    std::vector<CallSpec> calls;
-};
-std::string SpiLine(const SpiLineSpec &line);
 
 // The dynamic profile of the project: every function with in_dpi, in order.
 std::string DpiBytes(const Project &project);

@@ -162,7 +162,6 @@ TEST_F(DpiReader, HeaderFormsAndVersion2Records)
             p.runs = 2;
             p.layout = layout;
             p.header_form = form;
-            p.header_version = 0xDC0D;
             p.properties = form == DpiHeaderForm::NewWithProperties ? 3 : 0;
             p.header_padding = form == DpiHeaderForm::NewPlain ? 100 : 0;
             p.strings = form == DpiHeaderForm::Old ? StringPlacement::AtEnd : StringPlacement::Default;

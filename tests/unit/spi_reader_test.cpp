@@ -73,13 +73,10 @@ TEST_F(SpiReader, SlashIsAddedOnlyWhenNeitherSideHasOne)
 
 TEST_F(SpiReader, MaskedSpacesComeBackExceptInTheRoutineName)
 {
-    SpiLineSpec s;
-    s.file_base_dir = "/my src";
-    s.file_name = "my file.c";
-    s.module_name = "my file.o";
-    s.routine_name = "a|b";
-    EXPECT_EQ(ReadOne(SpiLine(s), 0).first,
-              "3 [/my src][my file.c][/my src/my file.c][][my file.o][my file.o][a|b] 1 0 0 E");
+    Project p;
+    p.Add("my file.c", "a|b", 1).spi_base_dir = "/my src";
+    EXPECT_EQ(ReadOne(SpiText(p), 0).first,
+              "3 [/my src][my file.c][/my src/my file.c][][my file.c.o][my file.c.o][a|b] 1 0 0 E");
 }
 
 TEST_F(SpiReader, OlderAndUnversionedForms)
@@ -105,13 +102,10 @@ TEST_F(SpiReader, LinesThatDoNotMatchTheirForm)
 
 TEST_F(SpiReader, LongTokensGrowBuffersWhenAnnouncedAndAreRejectedOtherwise)
 {
-    std::string long_name(5000, 'n');
-    SpiLineSpec s;
-    s.file_name = long_name + ".c";
-    s.module_name = "m.o";
-    s.routine_name = "f";
-    auto grown = ReadOne(SpiLine(s));
-    EXPECT_EQ(grown.first, "3 [][" + s.file_name + "][" + s.file_name + "][][m.o][m.o][f] 1 0 0 E");
+    Project p;
+    std::string file = std::string(5000, 'n') + ".c";
+    p.Add(file, "f", 1);
+    EXPECT_EQ(ReadOne(SpiText(p)).first, "3 [][" + file + "][" + file + "][][" + file + ".o][" + file + ".o][f] 1 0 0 E");
 
     // The same token announced as short cannot overrun its buffer.
     std::string lying = "V3 0 6 0 4 2 " + std::string(9000, 'x') + " m.o f 1 0 0 E\n";
