@@ -3,26 +3,18 @@
 
 #include <cctype>
 #include <filesystem>
-#include <fstream>
 #include <set>
-#include <sstream>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include "tests/support/scratch_dir.h"
 
 namespace fs = std::filesystem;
 
 namespace testsupport {
 
 namespace {
-
-std::string ReadPage(const fs::path &path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream html;
-    html << in.rdbuf();
-    return html.str();
-}
 
 // The values of the href and src attributes of a page (any letter case), in
 // order of appearance.
@@ -66,7 +58,7 @@ void ExpectLinksResolve(const std::string &dir, const std::function<bool(const s
     while (!pending.empty()) {
         std::string page = pending.back();
         pending.pop_back();
-        for (const std::string &link : LinksOf(ReadPage(fs::path(dir) / page))) {
+        for (const std::string &link : LinksOf(ReadFile(dir + "/" + page))) {
             size_t hash = link.find('#');
             std::string path = link.substr(0, hash);
             if (path.empty() || path.find(':') != std::string::npos)
@@ -78,7 +70,7 @@ void ExpectLinksResolve(const std::string &dir, const std::function<bool(const s
             }
             if (hash != std::string::npos && !(anchorMayMiss && anchorMayMiss(link))) {
                 std::string anchor = "<a name=\"" + link.substr(hash + 1) + "\"";
-                EXPECT_NE(ReadPage(fs::path(dir) / file).find(anchor), std::string::npos)
+                EXPECT_NE(ReadFile(dir + "/" + file).find(anchor), std::string::npos)
                     << page << " links to " << link << ", which " << file << " does not hold";
             }
             if (reached.insert(file).second && fs::path(file).extension() == ".HTML")

@@ -4,13 +4,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <sys/file.h>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
+
+#include "tests/support/scratch_dir.h"
 
 namespace fs = std::filesystem;
 
@@ -31,19 +31,10 @@ std::string CurrentTestName()
     return name;
 }
 
-std::string ReadFile(const std::string &path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 void WriteFile(const std::string &path, const std::string &bytes)
 {
     fs::create_directories(fs::path(path).parent_path());
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    WriteBytes(path, bytes);
 }
 
 std::string UnifiedDiff(const std::string &expected, const std::string &actual)
@@ -73,11 +64,6 @@ std::string UnifiedDiff(const std::string &expected, const std::string &actual)
 }
 
 }  // namespace
-
-std::string VemcovBinary()
-{
-    return VEMCOV_BINARY;
-}
 
 Scenario::Scenario(const std::string &name)
 {
@@ -120,7 +106,7 @@ std::string Scenario::read(const std::string &relative) const
 RunResult Scenario::run(const std::vector<std::string> &args, const std::map<std::string, std::string> &env) const
 {
     ProgramRun program;
-    program.program = VemcovBinary();
+    program.program = VEMCOV_BINARY;
     program.argv0 = "vemcov";
     program.args = args;
     program.cwd = dir_;

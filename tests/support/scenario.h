@@ -55,9 +55,6 @@ private:
     std::set<std::string> inputs_;
 };
 
-// Path of the vemcov binary under test.
-std::string VemcovBinary();
-
 // Compares two texts; on difference fails the current test with a unified
 // diff labelled `what`.
 void ExpectSameBytes(const std::string &what, const std::string &expected, const std::string &actual);

@@ -38,7 +38,12 @@ bool ScratchDir::exists(const std::string &relative) const
 
 std::string ScratchDir::read(const std::string &relative) const
 {
-    std::ifstream in(path(relative), std::ios::binary);
+    return ReadFile(path(relative));
+}
+
+std::string ReadFile(const std::string &path)
+{
+    std::ifstream in(path, std::ios::binary);
     std::ostringstream text;
     text << in.rdbuf();
     return text.str();

@@ -7,6 +7,9 @@
 
 namespace testsupport {
 
+// The whole content of a file; empty when it cannot be read.
+std::string ReadFile(const std::string &path);
+
 class ScratchDir {
 public:
     ScratchDir();
