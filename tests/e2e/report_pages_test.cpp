@@ -4,6 +4,7 @@
 // table alone, both tables, and both under -ref; the project name and the
 // page owner; every link of those reports resolving; a rerun over an
 // existing report. (-nohtml runs are the full block files' cases.)
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -134,4 +135,42 @@ TEST(ReportPages, RerunOverwritesTheReport)
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(scenario.read("CodeCoverage/__Home.gif").size(), 977u);
     EXPECT_EQ(scenario.read("CodeCoverage/__Home.gif").substr(0, 6), "GIF89a");
+}
+
+// 1 of 32 blocks is 3.125%, which printf alone would print as 3.12: every
+// page that shows the percentage raises the half.
+TEST(ReportPages, PercentagesRoundHalfUp)
+{
+    Scenario scenario;
+    Project project;
+    std::string source;
+    std::vector<testsupport::BlockSpec> blocks;
+    for (uint32_t line = 1; line <= 32; line++) {
+        source += "x();\n";
+        blocks.push_back({line == 1 ? 1u : 0u, line, 1});
+    }
+    scenario.write("long.c", source);
+    project.Add(scenario.path("long.c"), "long_one", 1).Blocks(blocks);
+    scenario.writeProfiles(project);
+    RunResult result = scenario.run({"-nopmeter"});
+    ASSERT_EQ(result.status, 0) << result.err;
+
+    // Page names without the directory part of the file's pages.
+    std::vector<std::string> showing;
+    for (const auto &[relative, bytes] : scenario.outputs()) {
+        EXPECT_EQ(bytes.find("3.12"), std::string::npos) << relative;
+        size_t file = relative.find("LONG_C");
+        if (bytes.find("  3.13") != std::string::npos)
+            showing.push_back(file == std::string::npos ? relative : relative.substr(file));
+    }
+    // The summary, the covered files' tables in every order with a block
+    // percentage, the listing's heading and the covered functions' pages.
+    const std::vector<std::string> expected = {
+        "LONG_C_CVRDFNCS_1.HTML",     "LONG_C_CVRDFNCS_2.HTML",     "LONG_C_CVRDFNCS_4.HTML",
+        "LONG_C_CVRDFNCS_5.HTML",     "LONG_C_SRC.HTML",            "CodeCoverage/__CODE_COVERAGE.HTML",
+        "CodeCoverage/__COVERED_FILES_COVERAGE_0.HTML", "CodeCoverage/__COVERED_FILES_COVERAGE_1.HTML",
+        "CodeCoverage/__COVERED_FILES_COVERAGE_2.HTML", "CodeCoverage/__COVERED_FILES_COVERAGE_4.HTML",
+        "CodeCoverage/__COVERED_FILES_COVERAGE_5.HTML", "CodeCoverage/__COVERED_FILES_COVERAGE_6.HTML",
+    };
+    EXPECT_EQ(showing, expected);
 }
