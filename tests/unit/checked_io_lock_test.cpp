@@ -1,8 +1,9 @@
-// checked_fopen when the record lock cannot be had: the warning that lets
-// the open go on, and the error that refuses it. The lock failures that a
-// local file system never produces are simulated by a stand-in for fcntl
-// that fails lock requests while `fail_lock_errno` is set and otherwise
-// passes every call on to the C library.
+// checked_fopen's record lock: the region and kind it asks for, the warning
+// when the lock cannot be had that lets the open go on, and the error that
+// refuses it. The lock failures that a local file system never produces are
+// simulated by a stand-in for fcntl that notes every lock request, fails
+// them while `fail_lock_errno` is set and otherwise passes every call on to
+// the C library.
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -21,6 +22,8 @@ using testsupport::CaptureInChild;
 using testsupport::Captured;
 
 static int fail_lock_errno = 0;
+static int last_lock_cmd = 0;
+static struct flock last_lock = {};
 
 extern "C" int fcntl(int fd, int cmd, ...)
 {
@@ -28,6 +31,10 @@ extern "C" int fcntl(int fd, int cmd, ...)
     va_start(args, cmd);
     void *arg = va_arg(args, void *);
     va_end(args);
+    if (cmd == F_SETLKW || cmd == F_SETLK || cmd == F_GETLK) {
+        last_lock_cmd = cmd;
+        last_lock = *static_cast<struct flock *>(arg);
+    }
     if (fail_lock_errno != 0 && (cmd == F_SETLKW || cmd == F_SETLK)) {
         errno = fail_lock_errno;
         return -1;
@@ -52,6 +59,24 @@ protected:
 
     char path_[32] = "/tmp/vemcov-lock-XXXXXX";
 };
+
+// The first 16 bytes stay unlocked; the region runs to the end of the file
+// however far it grows, and the request waits for the lock.
+TEST_F(CheckedOpenLock, RegionFromByte16ToTheEnd)
+{
+    for (const char *mode : {"rb", "r+", "wb", "ab"}) {
+        last_lock_cmd = 0;
+        FILE *stream = checked_fopen(path_, mode);
+        ASSERT_NE(stream, nullptr) << mode;
+        EXPECT_EQ(last_lock_cmd, F_SETLKW) << mode;
+        EXPECT_EQ(last_lock.l_type, mode[0] == 'r' && mode[1] != '+' ? F_RDLCK : F_WRLCK) << mode;
+        EXPECT_EQ(last_lock.l_whence, SEEK_SET) << mode;
+        EXPECT_EQ(last_lock.l_start, 16) << mode;
+        EXPECT_EQ(last_lock.l_len, 0) << mode;
+        EXPECT_EQ(last_lock.l_pid, getpid()) << mode;
+        checked_fclose(stream);
+    }
+}
 
 TEST_F(CheckedOpenLock, UnavailableLockWarnsAndOpensAllTheSame)
 {

@@ -17,7 +17,7 @@ TEST(ReportNaming, RulesOnUnusualPaths)
     EXPECT_STREQ(getHTMLname("Makefile", "html"), "MAKEFILE.HTML");          // no dot at all
     EXPECT_STREQ(getHTMLname("rel.3/main", "html"), "REL_3_MAIN.HTML");      // the last dot lies in a directory
     EXPECT_STREQ(getHTMLname("C:\\src\\m.f90", "html"), "C__SRC_M_F90.HTML");
-    EXPECT_STREQ(getHTMLname("Src/Main.c", "html"), "SRC_MAIN_C.HTML");      // shares its page with "src_main.c"
+    EXPECT_STREQ(getHTMLname("Src/Maze.c", "html"), "SRC_MAZE_C.HTML");      // shares its page with "src_maze.c"
     EXPECT_STREQ(getDirVerHTMLname("lib/x.y.cc", 2, "htm"), "CodeCoverage/LIB_X.Y_CC_2.HTM");
 }
 
