@@ -169,8 +169,12 @@ TEST(Options, ColoursAndNoPartial)
 TEST(Options, ValuesAreTakenWhateverTheyLookLike)
 {
     ExpectSettings({"-spi", "-dpi", "-counts", "-tvx_db_prj", "-nopmeter"},
-                   {{"spi", "-dpi"}, {"dpi", "vemtra.dpi"}, {"counts", "1"}, {"dbprj", "-nopmeter"}, {"meter", "1"}});
+                   {{"spi", "-dpi"}, {"dpi", "vemtra.dpi"}, {"counts", "1"}, {"dbprj", "-nopmeter"}, {"meter", "1"},
+                    {"links", "1"}});
+    // Each of the test-database options alone turns the links on.
     ExpectSettings({"-tvx_host"}, {{"links", "1"}, {"host", "tvx_host"}});
+    for (const char *option : {"-tvx_db_name", "-tvx_db_prj", "-tvx_user", "-tvx_passwd"})
+        ExpectSettings({option, "v"}, {{"links", "1"}});
 }
 
 TEST(Options, RepeatsReplaceOrAccumulate)
