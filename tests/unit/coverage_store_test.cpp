@@ -86,6 +86,9 @@ TEST(CoverageStore, PositionsMergeCountsAndTallies)
     EXPECT_EQ(f.blocks, 2u);
     EXPECT_EQ(f.executed, 1u);
     EXPECT_EQ(store.currentFile->lineTable[2]->numUnexecuted, 1u);
+    // A later block of an old function leaves the position new.
+    ASSERT_TRUE(store.bAddBlockCount(nullptr, 2, 5, 1, false, nullptr));
+    EXPECT_TRUE(Fetch(store, 2, 5).newFunction);
 
     // The never-executed marker fills only an empty count, counts as
     // executed, and gives way to any real count.
