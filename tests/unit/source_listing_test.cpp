@@ -1,7 +1,8 @@
 // The annotated listing where the end-to-end pages cannot reach: the
 // look-ahead limit, an infeasible line's positions, counter labels and their
-// spacing, the information colour, a long marker line, line numbers past
-// 999999 and the adjusted last block. Pages are compared from "<pre>" on.
+// spacing, the information colour, a long marker line, positions past a
+// line's end, line numbers past 999999 and the adjusted last block. Pages
+// are compared from "<pre>" on.
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -89,6 +90,15 @@ TEST(SourceListing, InfeasibleLineFollowsItsPositionsUnseen)
     c.Block(2, 14, 1);   // partial, on the infeasible line: no change, no marker
     c.Block(2, 14, 0);
     testsupport::ExpectSameAsFile("listing_infeasible_line.html", c.Lines(&infeasible));
+}
+
+TEST(SourceListing, PositionsPastTheLineEndAreNotShown)
+{
+    ListingCase c("ab\ncd\n");
+    c.Block(1, 1, 1);
+    c.Block(1, 9, 0);   // past the end of "ab\n": no colour change, no marker
+    c.Block(2, 3, 0);   // on the newline itself: shown
+    testsupport::ExpectSameAsFile("listing_past_line_end.html", c.Lines());
 }
 
 TEST(SourceListing, CounterLabels)
