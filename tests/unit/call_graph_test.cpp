@@ -1,5 +1,5 @@
 // The dynamic call graph: what the dump does not show (flags, word B, the
-// flag-0 result, in-lists), chains of definitions in several modules, and
+// flag-0 result, in-lists, callees never defined), chains of definitions in several modules, and
 // the build's failures. The dump's golden files prove the rest.
 #include <string>
 #include <unistd.h>
@@ -82,6 +82,33 @@ TEST_F(CallGraphTest, FlagsWordBAndInLists)
     p.functions[1].extra_flags = VEMTRA_SEG_FLAG0;
     Write(SpiText(p), DpiBytes(p));
     EXPECT_EQ(Build(), 1);
+}
+
+// Callees named but never defined: a static one belongs to its caller's
+// module, an external one to none; only version 4 lines leave "(G)" names
+// out.
+TEST_F(CallGraphTest, MentionedCallees)
+{
+    Project p;
+    p.Add("/src/a.c", "main", 3).Blocks({{1, 3, 1}}).Calls({{0, 1, "near"}, {0, 2, "far(E)"}, {0, 3, "(G)kept"}});
+    Write(SpiText(p), DpiBytes(p));
+    Build();
+    ASSERT_EQ(VEMTRA_entry_count, 4u);
+    entry *near = VEMTRA_first_entry->next, *far = near->next, *kept = far->next;
+    EXPECT_STREQ(near->name, "near");
+    EXPECT_STREQ(near->module, "/src/a.c");
+    EXPECT_EQ(near->flags, 0u);  // a mention records no definition fields
+    EXPECT_EQ(near->line, -1);
+    EXPECT_STREQ(far->name, "far");
+    EXPECT_EQ(far->module, nullptr);
+    EXPECT_EQ(far->flags, 0u);
+    EXPECT_STREQ(kept->name, "(G)kept");
+
+    VEMTRA_Free_Call_Graph();
+    p.spi_form = SpiForm::V4;
+    Write(SpiText(p), DpiBytes(p));
+    Build();
+    EXPECT_EQ(VEMTRA_entry_count, 3u);
 }
 
 TEST_F(CallGraphTest, DefinitionsInOtherModulesChainBehindTheFirst)
