@@ -117,6 +117,12 @@ TEST_F(SpiReader, LongTokensGrowBuffersWhenAnnouncedAndAreRejectedOtherwise)
     std::string fits = std::string(4095, 'z') + " m.o f 1 0 E\n";
     EXPECT_NE(ReadOne(fits).first, "FAIL");
 
+    // The base directories' lengths leave the terminator out: directories
+    // as long as the first buffers are read whole.
+    std::string base(4096, 'b');
+    EXPECT_EQ(ReadOne("V3 4096 4 4096 4 2 " + base + " a.c " + base + " a.o f 1 0 0 E\n").first,
+              "3 [" + base + "][a.c][" + base + "/a.c][" + base + "][a.o][" + base + "/a.o][f] 1 0 0 E");
+
     // An announced length far beyond the file grows nothing absurd.
     EXPECT_EQ(ReadOne("V3 0 2000000000 0 4 2 a.c m.o f 1 0 0 E\n").first,
               "3 [][a.c][a.c][][m.o][m.o][f] 1 0 0 E");
