@@ -248,7 +248,8 @@ TEST(Coverage, Differential)
     reference.Add(o, "idle", 12).Blocks({{0, 12, 1}});
     reference.Add(s, "same", 2).Blocks({{3, 2, 1}});
     c.reference = &reference;
-    c.profile.Add(o, "known", 3).Blocks({{1, 3, 1}, {7, 4, 1}, {0, 5, 1}});
+    // known's fourth block is beyond the reference's three: it counts.
+    c.profile.Add(o, "known", 3).Blocks({{1, 3, 1}, {7, 4, 1}, {0, 5, 1}, {5, 6, 1}});
     c.profile.Add(o, "fresh", 8).Blocks({{2, 8, 1}, {0, 9, 1}});
     c.profile.Add(o, "idle", 12).Blocks({{0, 12, 1}});
     c.profile.Add(n, "brand_new", 2).Blocks({{1, 2, 1}});
@@ -257,7 +258,7 @@ TEST(Coverage, Differential)
                  {"old.c", "fresh", "fresh", 8, 2},
                  {"old.c", "gone", "gone", 16, 1},
                  {"old.c", "idle", "idle", 12, 1},
-                 {"old.c", "known", "known", 3, 3},
+                 {"old.c", "known", "known", 3, 4},
                  {"same.c", "same", "same", 2, 1}};
     ExpectCase(c, "coverage_differential.txt");
 }
