@@ -251,20 +251,30 @@ TEST_F(DpiReader, SourceRootExtensionReRootsTheFileName)
     EXPECT_EQ(run.err, "WARNING: new name for /build/tree/src/a.c is too long; src_root not used\n");
 }
 
+// Equal keys also keep their file order: enough of them among other keys
+// that an unstable sort would mix them up.
 TEST_F(DpiReader, DuplicateKeysWarnOncePerGroupAndStay)
 {
     Project p;
-    for (int i = 0; i < 3; i++)
+    for (int i = 0; i < 40; i++) {
         p.Add("/nowhere/d.c", "twice", 1).Blocks({{uint64_t(i), 1, 1}});
+        p.Add("/nowhere/d.c", "f" + std::to_string(i % 7), 1);
+    }
     p.Add("/nowhere/d.c", "once", 1);
     std::string path = File(DpiBytes(p));
     Captured run = CaptureInChild([&] {
         DPI_FILE *dpi = VEMTRA_Open_Dpi_File(path.c_str());
-        if (dpi == nullptr || Pairs(dpi).size() != 4)
+        if (dpi == nullptr || Pairs(dpi).size() != 81)
             _exit(3);
+        for (uint32_t i = 1; i < dpi->segment_count; i++)
+            if (strcmp(dpi->directory[i].lookup_key, dpi->directory[i - 1].lookup_key) == 0 &&
+                dpi->directory[i].segment_offset < dpi->directory[i - 1].segment_offset)
+                _exit(4);
     });
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, "WARNING: Multiple profile entries in " + path + " match lookup key, /nowhere/d.c'twice'\n");
+    std::string warning = "WARNING: Multiple profile entries in " + path + " match lookup key, /nowhere/d.c'";
+    EXPECT_EQ(run.err, warning + "f0'\n" + warning + "f1'\n" + warning + "f2'\n" + warning + "f3'\n" + warning +
+                           "f4'\n" + warning + "f5'\n" + warning + "f6'\n" + warning + "twice'\n");
 }
 
 TEST_F(DpiReader, AddressTablesInsertionAndAmbiguity)
