@@ -32,10 +32,10 @@ TEST(FastFiles, SeveralModulesWithEveryKindOfFunction)
     p.runs = 2;
     // a.c: main covers 2 of 3 blocks; foo(int) ran no block, so its block
     // lines stand right under the module header; lz has a block at line 0
-    // (left out) and two blocks at one position.
+    // and one at column 0 (both left out) and two blocks at one position.
     p.Add("/src/a.c", "main", 3).Blocks({{10, 3, 1}, {0, 4, 5}, {4, 6, 1}});
     p.Add("/src/a.c", "_Z3fooi", 10).Blocks({{0, 10, 1}, {0, 11, 3}});
-    p.Add("/src/a.c", "lz", 20).Blocks({{5, 0, 0}, {5, 20, 1}, {0, 20, 1}});
+    p.Add("/src/a.c", "lz", 20).Blocks({{5, 0, 0}, {5, 20, 1}, {0, 20, 1}, {0, 21, 0}});
     // q&a.c: a name full of XML-special characters, counts beyond 32 bits
     // (the frequency is summed in single precision), and a function without
     // line information whose blocks all sit at (1, 1).

@@ -60,10 +60,11 @@ TEST_F(ComponentFile, PatternsAndMarkersAreFiled)
 TEST_F(ComponentFile, KeywordRulesAndValueOffset)
 {
     // The first keyword in test order wins; the value is searched from the
-    // keyword's length counted from the line's start, so a quote placed
-    // after that offset but before a late keyword is taken.
+    // keyword's length (21 here) counted from the line's start, so a quote
+    // before that offset is passed over and one after it, before a late
+    // keyword, is taken.
     std::string path = File("END_NOTFEASIBLE: ONE_LINE_NOTFEASIBLE: \"x\"\n"
-                            "0123456789012345678901\"early\" ONE_LINE_NOTFEASIBLE: \"late\"\n"
+                            "\"skip\"               \"early\" ONE_LINE_NOTFEASIBLE: \"late\"\n"
                             "BEGIN_NOTFEASIBLE:\"a\"\"b\"\n"
                             "END_NOTFEASIBLE:\"c\"\n");
     getModuleNames(path.c_str());
