@@ -1,6 +1,7 @@
 // The run's inputs and frame through the real binary: the two profiles
 // (missing, corrupt, with warnings raised before the tool name is set), the
-// frames of the XML output files, and the end of the progress line.
+// frames of the XML output files, the end of the progress line, and the
+// source root that places the static profile's files.
 #include <map>
 #include <string>
 #include <vector>
@@ -106,4 +107,31 @@ TEST(RunInputs, ProgressLineEndsWhenTheMeterIsOn)
     s.writeProfiles(OneFunction());
     EXPECT_EQ(s.run({"-txtfcvrg", "functions.txt"}).out, "\n");
     EXPECT_EQ(s.run({"-nopmeter", "-txtfcvrg", "functions.txt"}).out, "");
+}
+
+// A static profile line with a base directory names its file under the
+// source root: -srcroot, else the environment, else the current directory.
+TEST(RunInputs, SourceRootPlacesTheStaticProfilesFiles)
+{
+    Scenario s;
+    Project p;
+    s.write("elsewhere/m.c", "int main(void)\n{\n    return 0;\n}\n");
+    p.Add(s.path("elsewhere/m.c"), "main", 1).Blocks({{4, 3, 5}}).OnlyInDpi();
+    s.write("vemtra.dpi", DpiBytes(p));
+    s.write("vemtra.spi", "V3 12 4 0 6 5 /build/host1 m.c m.c.o main 1 1 0 E\n");
+
+    auto reported = [&](const std::vector<std::string> &args, const std::map<std::string, std::string> &env) {
+        std::vector<std::string> all = {"-nohtml", "-txtbcvrgfull", "full.txt"};
+        all.insert(all.end(), args.begin(), args.end());
+        RunResult r = s.run(all, env);
+        EXPECT_EQ(r.status, 0) << r.err;
+        return s.read("full.txt");
+    };
+    const std::string found = "file - " + s.path("elsewhere/m.c") + "\nfunction - main\t4\n1\t3\t5\t           4\n";
+    EXPECT_EQ(reported({"-srcroot", s.path("elsewhere")}, {}), found);
+    EXPECT_EQ(reported({}, {{"TARSK_PROF_SRC_ROOT", s.path("elsewhere")}}), found);
+    EXPECT_EQ(reported({"-srcroot", s.path("elsewhere")}, {{"TARSK_PROF_SRC_ROOT", "/nowhere"}}), found);
+    // Under the current directory the file is another one, with neither a
+    // profile nor a source: its module is named and nothing else.
+    EXPECT_EQ(reported({}, {}), "file - " + s.path("m.c") + "\n");
 }
