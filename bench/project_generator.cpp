@@ -123,10 +123,9 @@ GeneratedProject GenerateProject(const ProjectShape &shape, const std::string &s
             Line(text, line_no, "    return result;");
             Line(text, line_no, "}");
             Line(text, line_no, "");
-            testsupport::FunctionSpec &spec =
-                project.profile.Add(source.path, function, static_cast<uint32_t>(first), 'S');
-            spec.Blocks(blocks);
-            spec.address = address;
+            project.profile.Add(source.path, function, static_cast<uint32_t>(first), 'S')
+                .Blocks(blocks)
+                .Address(address);
             address += 0x40;
         }
         project.sources.push_back(source);
