@@ -6,6 +6,7 @@
 
 #include "analysis/coverage_state.h"
 #include "driver/console.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
 
 namespace {
 
@@ -76,7 +77,7 @@ parser::parser(const char *name, std::vector<std::string> &oneLine, std::vector<
         fileName = name != nullptr ? name : "";
         if (oneLineMarks.empty() && (beginMarks.empty() || endMarks.empty()))
             return;
-        input = fopen(fileName.c_str(), "r");
+        input = VEMTRA_Open_Regular_File(fileName.c_str());
         if (input == nullptr)
             return;  /* no infeasible lines; the cause is "Can't open" */
         active = 1;

@@ -1,7 +1,10 @@
 /* colors.cpp -- the colour table and the one colour change of a listing. */
 #include "report/colors.h"
 
+#include <cstring>
+
 #include "driver/console.h"
+#include "report/html_escape.h"
 
 const char *BGColor[8] = {
     nullptr,
@@ -25,7 +28,17 @@ static void checkColor(int color)
 void SetBGColor(int color, const char *colour)
 {
     checkColor(color);
-    BGColor[color] = colour;
+    /* The table is written into style attributes as it stands, so it holds
+     * the colour escaped once, here; it lives as long as the run. */
+    HtmlValue safe(colour);
+    if (colour == nullptr || safe.c_str() == colour) {
+        BGColor[color] = colour;
+        return;
+    }
+    char *copy = strdup(safe.c_str());
+    if (copy == nullptr)
+        vemcov_Out_Of_Memory();
+    BGColor[color] = copy;
 }
 
 void SetNoPartialColor()

@@ -14,10 +14,12 @@ enum Color {
     COLOR_INFO = 7                 /* -icolor: counter lines */
 };
 
-/* Colour strings indexed by Color (slot 0 unused); used verbatim as CSS. */
+/* Colour strings indexed by Color (slot 0 unused); written as they stand
+ * into style attributes, so SetBGColor stores them escaped for that. */
 extern const char *BGColor[8];
 
-/* Stores `colour` for class `color`; an invalid class prints
+/* Stores `colour` (escaped as an HtmlValue) for class `color`; an invalid
+ * class prints
  * "ERROR: unknown color %d\n" to standard output and ends the run (1). */
 void SetBGColor(int color, const char *colour);
 

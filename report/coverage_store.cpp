@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "driver/console.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
 
 coverage_list g_cl;
 
@@ -63,7 +64,7 @@ bool coverage_list::bAddFilename(const char *path)
         return false;
     }
     node->path = copy;
-    if (FILE *probe = fopen(path, "r")) {
+    if (FILE *probe = VEMTRA_Open_Regular_File(path)) {
         node->fileFlags |= FILE_READABLE;
         fclose(probe);
     }
@@ -94,7 +95,7 @@ bool coverage_list::bSetName(const char *path)
     }
     currentFile = node;
 
-    FILE *source = fopen(path, "r");
+    FILE *source = VEMTRA_Open_Regular_File(path);
     if (source == nullptr) {
         printf(MSG_FILE_NOT_FOUND, path);
         return false;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "report/function_pages.h"
+#include "report/html_escape.h"
 #include "report/naming.h"
 #include "report/table_markup.h"
 
@@ -35,7 +36,8 @@ static const int FIRST_LIST_NUMBER = 4;
 
 static void writeListFrame(FILE *page, const char *path, bool covered, const char *ext)
 {
-    fprintf(page, LIST_FRAME, getHTMLname(functionListBase(path, covered, FIRST_LIST_NUMBER).c_str(), ext));
+    fprintf(page, LIST_FRAME,
+            HtmlValue(getHTMLname(functionListBase(path, covered, FIRST_LIST_NUMBER).c_str(), ext)).c_str());
 }
 
 void writeFileFrameset(FILE *page, const char *path, const char *ext, bool hasCovered, bool hasUncovered)
@@ -50,14 +52,14 @@ void writeFileFrameset(FILE *page, const char *path, const char *ext, bool hasCo
         fputs(ROWS_TWO_LISTS, page);
     else
         fputs(ROWS_ONE_LIST, page);
-    fprintf(page, TOOLBAR_FRAME, getHTMLname(TOOLBAR_PAGE, ext));
+    fprintf(page, TOOLBAR_FRAME, HtmlValue(getHTMLname(TOOLBAR_PAGE, ext)).c_str());
     if (hasUncovered)
         writeListFrame(page, path, false, ext);
     if (hasCovered)
         writeListFrame(page, path, true, ext);
     fputs(LEFT_COLUMN_END, page);
 
-    fprintf(page, LISTING_FRAME, LISTING_FRAME_NAME, getSrcHTMLname(path, ext));
+    fprintf(page, LISTING_FRAME, LISTING_FRAME_NAME, HtmlValue(getSrcHTMLname(path, ext)).c_str());
     fputs(PAGE_END, page);
 }
 

@@ -8,6 +8,7 @@
 
 #include "driver/number_format.h"
 #include "driver/settings.h"
+#include "report/html_escape.h"
 #include "report/naming.h"
 #include "report/page_foot.h"
 #include "report/percent_format.h"
@@ -83,7 +84,7 @@ static void writeColumnHeaders(FILE *page, SortType order, const char *name, con
     fprintf(page, "<TH ALIGN=\"center\">%s</TH>\n", labels.covered);
     std::string link = getVerHTMLname(name, sortHeaderLink(order, column), ext);
     fprintf(page, "<TH ALIGN=\"center\"><a target=\"%s\" title=\"sort based on %s%%\" href=\"%s\">%s%%</a></TH>\n",
-            "_self", sortedBy, link.c_str(), labels.coverage);
+            "_self", sortedBy, HtmlValue(link.c_str()).c_str(), labels.coverage);
 }
 
 /* The two header rows: the name, then function and block columns; the
@@ -96,7 +97,7 @@ static void writeTableHeader(FILE *page, SortType order, const char *name, const
     fprintf(page,
             "<TH ALIGN=\"left\" ROWSPAN=\"2\"><a target=\"%s\" title=\"sort based on file name\" "
             "href=\"%s\">Name</a></TH>\n",
-            "_self", link.c_str());
+            "_self", HtmlValue(link.c_str()).c_str());
     const int span = detailed ? 3 : 1;
     fprintf(page, "<TH ALIGN=\"center\" COLSPAN=\"%d\">Functions</TH>\n", span);
     fprintf(page, "<TH ALIGN=\"center\" COLSPAN=\"%d\">Blocks</TH>\n", span);
@@ -113,7 +114,8 @@ static void writeFileRow(FILE *page, const filename_list_node *file, const char 
 {
     fputs(DATA_ROW_START, page);
     fprintf(page, "<TD ALIGN=\"left\"><a href=\"%s\" title=\"%s\">%s</a></TD>\n",
-            getHTMLname(file->path, ext), file->path, pathBaseName(file->path));
+            HtmlValue(getHTMLname(file->path, ext)).c_str(), HtmlValue(file->path).c_str(),
+            HtmlValue(pathBaseName(file->path)).c_str());
     writeNumberCell(page, file->totalFuncs);
     if (detailed) {
         writeNumberCell(page, file->coveredFuncs);
@@ -149,7 +151,7 @@ bool bCreateCov(bool covered, SortType order, const char *name, const char *ext,
     fputs("<body bgcolor=\"FFFFFF\">\n", page);
     fputs(TABLE_HEADING_START, page);
     if (project != nullptr)
-        fprintf(page, "%s Files in %s</h4>\n", kind, project);
+        fprintf(page, "%s Files in %s</h4>\n", kind, HtmlValue(project).c_str());
     else
         fprintf(page, "%s Files</h4>\n", kind);
     fputs("<ol>\n", page);

@@ -8,6 +8,7 @@
 
 #include "driver/settings.h"
 #include "report/file_frameset.h"
+#include "report/html_escape.h"
 #include "report/naming.h"
 #include "report/percent_format.h"
 #include "report/table_sort.h"
@@ -49,9 +50,11 @@ static const char COVERAGE_CELLS[] = "<td align=\"right\">%6.2f</td><td align=\"
 static const char NAME_CELL_START[] = "<td align=\"left\"><a href=\"%s#l%d\" title=\"Line %d\">";
 static const char NAME_CELL_END[] = "</a></td>\n";
 static const char TESTS_CELL_START[] = "<td align=\"center\">";
-static const char TESTS_LINK[] = "<a target=\"_new\" href=\"http://%s/%s?function_name=%s&dbName=%s";
-static const char TESTS_LINK_WITH_SCHEME[] = "<a target=\"_new\" href=\"%s/%s?function_name=%s&dbName=%s";
-static const char TESTS_PROJECT[] = "&project_name=%s";
+/* The query's values are written percent-encoded between these pieces. */
+static const char TESTS_LINK[] = "<a target=\"_new\" href=\"http://%s/%s?function_name=";
+static const char TESTS_LINK_WITH_SCHEME[] = "<a target=\"_new\" href=\"%s/%s?function_name=";
+static const char TESTS_DB_NAME[] = "&dbName=";
+static const char TESTS_PROJECT[] = "&project_name=";
 static const char TESTS_LINK_END[] = "\" title=\"all cover tests\">Tests</a></td>";
 static const char PAGE_END[] =
     "</tbody>\n"
@@ -60,7 +63,7 @@ static const char PAGE_END[] =
     "</html>\n";
 
 /* Lines of the listing kept visible above a function that a row shows. */
-static const int LINES_ABOVE = 5;
+static const uint32_t LINES_ABOVE = 5;
 
 std::string functionListBase(const char *path, bool covered, int number)
 {
@@ -122,10 +125,8 @@ void writeFunctionName(FILE *page, const char *name)
     if (name == nullptr)
         return;
     for (const char *p = name; *p != '\0'; ++p) {
-        if (*p == '<') {
-            fputs("&lt;", page);
-        } else if (*p == '>') {
-            fputs("&gt;", page);
+        if (const char *entity = htmlEntity(*p)) {
+            fputs(entity, page);
         } else if (*p == '@' && isdigit(static_cast<unsigned char>(p[1]))) {
             /* A decoration of the argument size, not part of the name. */
             while (isdigit(static_cast<unsigned char>(p[1])))
@@ -139,19 +140,22 @@ void writeFunctionName(FILE *page, const char *name)
 static void writeHeaderLink(FILE *page, const char *format, const char *target, const char *path, bool covered,
                             const char *ext, int number)
 {
-    fprintf(page, format, target, getHTMLname(functionListBase(path, covered, number).c_str(), ext));
+    fprintf(page, format, target, HtmlValue(getHTMLname(functionListBase(path, covered, number).c_str(), ext)).c_str());
 }
 
 static void writeTestsLink(FILE *page, const func *function, const FunctionListOptions &options)
 {
     fputs(TESTS_CELL_START, page);
     const char *procName = function->procName != nullptr ? function->procName : "";
-    if (strncasecmp(options.dbHost, "http://", 7) == 0)
-        fprintf(page, TESTS_LINK_WITH_SCHEME, options.dbHost, options.viewerPage, procName, options.dbName);
-    else
-        fprintf(page, TESTS_LINK, options.dbHost, options.viewerPage, procName, options.dbName);
-    if (options.dbProject != nullptr)
-        fprintf(page, TESTS_PROJECT, options.dbProject);
+    const char *link = strncasecmp(options.dbHost, "http://", 7) == 0 ? TESTS_LINK_WITH_SCHEME : TESTS_LINK;
+    fprintf(page, link, HtmlValue(options.dbHost).c_str(), HtmlValue(options.viewerPage).c_str());
+    writeUrlQueryValue(page, procName);
+    fputs(TESTS_DB_NAME, page);
+    writeUrlQueryValue(page, options.dbName);
+    if (options.dbProject != nullptr) {
+        fputs(TESTS_PROJECT, page);
+        writeUrlQueryValue(page, options.dbProject);
+    }
     fputs(TESTS_LINK_END, page);
 }
 
@@ -163,7 +167,7 @@ void writeFunctionList(FILE *page, bool covered, SortType order, const char *pat
     bool blocksOnly = !covered && !options.reference;
 
     fputs(HEAD_START, page);
-    fprintf(page, covered ? COVERED_TITLE : UNCOVERED_TITLE, path);
+    fprintf(page, covered ? COVERED_TITLE : UNCOVERED_TITLE, HtmlValue(path).c_str());
     fprintf(page, BASE_TARGET, LISTING_FRAME_NAME);
     fputs(HEAD_BODY, page);
     fputs(covered ? COVERED_HEADING : UNCOVERED_HEADING, page);
@@ -176,7 +180,8 @@ void writeFunctionList(FILE *page, bool covered, SortType order, const char *pat
         writeHeaderLink(page, options.reference ? MISS_RATE_HEADER : COVERAGE_HEADER, "_self", path, covered,
                         ext, sortHeaderLink(order, SORT_COLUMN_COVERAGE));
     fprintf(page, NAME_HEADER,
-            getHTMLname(functionListBase(path, covered, sortHeaderLink(order, SORT_COLUMN_NAME)).c_str(), ext));
+            HtmlValue(getHTMLname(functionListBase(path, covered, sortHeaderLink(order, SORT_COLUMN_NAME)).c_str(), ext))
+                .c_str());
     fputs(HEAD_END, page);
 
     sortFunctions(functions, count, order);
@@ -189,9 +194,12 @@ void writeFunctionList(FILE *page, bool covered, SortType order, const char *pat
         else
             fprintf(page, COVERAGE_CELLS, roundHalfUp2(function->percent), (int)function->covered,
                     (int)function->blocks);
-        int line = (int)function->line;
-        int anchor = line > LINES_ABOVE ? line - LINES_ABOVE : line;
-        fprintf(page, NAME_CELL_START, getSrcHTMLname(path, ext), anchor, line);
+        /* The start line is compared as the unsigned 32-bit number the
+         * profile records, then printed as a signed one. */
+        uint32_t line = static_cast<uint32_t>(function->line);
+        uint32_t anchor = line > LINES_ABOVE ? line - LINES_ABOVE : line;
+        fprintf(page, NAME_CELL_START, HtmlValue(getSrcHTMLname(path, ext)).c_str(), static_cast<int>(anchor),
+                static_cast<int>(line));
         writeFunctionName(page, function->name);
         fputs(NAME_CELL_END, page);
         if (options.links)

@@ -32,8 +32,8 @@ std::string functionListBase(const char *path, bool covered, int number);
  * cannot sort ends the run (1). */
 void sortFunctions(func **functions, int count, SortType order);
 
-/* Writes a display name: "<" and ">" as entities, an "@" with the decimal
- * digits after it left out. */
+/* Writes a display name: "<", ">", '"' and "'" as entities (htmlEntity),
+ * an "@" with the decimal digits after it left out. */
 void writeFunctionName(FILE *page, const char *name);
 
 /* Writes one list page (sorting the functions in the page's order). */

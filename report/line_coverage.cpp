@@ -10,6 +10,7 @@
 #include "report/function_pages.h"
 #include "report/naming.h"
 #include "report/source_listing.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
 
 /* The page is written in large pieces. */
 static const size_t PAGE_BUFFER_SIZE = 1 << 18;
@@ -24,7 +25,7 @@ static bool writeListing(const char *path, const char *ext, ListingWorkArea *wor
     MarkerLine marker;
     markerLineCreate(&marker);
 
-    FILE *source = fopen(path, "r");
+    FILE *source = VEMTRA_Open_Regular_File(path);
     if (source == nullptr) {
         fprintf(stderr, "Error - Cannot open %s!\n", path);
         markerLineFree(&marker);

@@ -1,6 +1,7 @@
 /* naming.cpp -- page names of the report and the shared text helpers. */
 #include "report/naming.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -24,6 +25,11 @@ static const size_t ORDER_OR_DIR_EXTRA = 15;
 static const size_t DIR_ORDER_EXTRA = 28;
 
 static const size_t INITIAL_NAME_BUFFER_SIZE = 4096;
+
+/* The longest file name a file system takes in one path component. */
+static const size_t NAME_COMPONENT_MAX = 255;
+/* "_" and 16 hexadecimal digits of the hash that stand for a cut name. */
+static const size_t HASH_SUFFIX_LENGTH = 17;
 
 static char *nameBuffer = nullptr;
 static size_t nameBufferSize = INITIAL_NAME_BUFFER_SIZE;
@@ -53,6 +59,35 @@ static char *reserveName(size_t need)
 size_t reportNameBufferSize()
 {
     return nameBufferSize;
+}
+
+/* 64-bit FNV-1a: a fixed, well-spread hash, the same on every host. */
+static uint64_t nameHash(const char *text)
+{
+    uint64_t hash = 0xcbf29ce484222325ull;
+    for (const unsigned char *p = reinterpret_cast<const unsigned char *>(text); *p != '\0'; ++p) {
+        hash ^= *p;
+        hash *= 0x100000001b3ull;
+    }
+    return hash;
+}
+
+void shortenLongName(char *name, size_t extLength)
+{
+    size_t length = strlen(name);
+    /* An extension that leaves no room for a prefix cannot be helped. */
+    if (length <= NAME_COMPONENT_MAX || extLength + 1 + HASH_SUFFIX_LENGTH >= NAME_COMPONENT_MAX)
+        return;
+    /* Out-of-tree builds and sandboxes record paths whose page names pass
+     * the file system's limit on one name. The name keeps as much of its
+     * front as fits and a hash of the whole, so that two long names differ
+     * and every link to a page, made by the same rule, finds it. */
+    uint64_t hash = nameHash(name);
+    size_t keep = NAME_COMPONENT_MAX - HASH_SUFFIX_LENGTH - 1 - extLength;
+    char *suffix = name + keep;
+    snprintf(suffix, HASH_SUFFIX_LENGTH + 1, "_%016llX", static_cast<unsigned long long>(hash));
+    char *dot = name + length - extLength - 1;
+    memmove(suffix + HASH_SUFFIX_LENGTH, dot, extLength + 2);
 }
 
 /* Composes [CodeCoverage/]<text><tag>[_<number>] and applies the name rules
@@ -98,6 +133,8 @@ static const char *makeName(bool inDir, const char *text, const char *tag, bool 
         if (*p >= 'a' && *p <= 'z')
             *p = (char)(*p - 'a' + 'A');
     }
+    /* 5. A name the file system cannot take is cut. */
+    shortenLongName(body, extLength);
     return buffer;
 }
 

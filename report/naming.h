@@ -4,7 +4,7 @@
  * A page name is derived from a source path or a fixed base name: the last
  * "." becomes "_", every "/", ":" and "\" becomes "_", "." and the output
  * extension are appended, and every lower-case ASCII letter is made upper
- * case. The Dir forms put "CodeCoverage/" in front and apply the rules only
+ * case. A name longer than 255 bytes is cut (see shortenLongName). The Dir forms put "CodeCoverage/" in front and apply the rules only
  * after it, so the directory keeps its case.
  *
  * Every name function returns a pointer into one buffer shared by all of
@@ -52,6 +52,13 @@ const char *getDirSlashVerHTMLname(const char *name, int number, const char *ext
 
 /* "CodeCoverage/<path>_SRC": for creating a file's annotated listing. */
 const char *getDirSrcHTMLname(const char *path, const char *ext);
+
+/* In place: a page name (one path component, ending in "." and an
+ * extension of `extLength` bytes) longer than 255 bytes becomes a prefix of
+ * itself, "_", 16 upper-case hexadecimal digits of a 64-bit FNV-1a hash of
+ * the whole name, and its extension: 255 bytes in all. A name that fits is
+ * left as it is. */
+void shortenLongName(char *name, size_t extLength);
 
 /* Capacity in bytes of the shared name buffer (4096 until a name needs
  * more, then the smallest power of two above that need). */

@@ -1,4 +1,5 @@
 /* page_foot.cpp -- the foot shared by the listing and the file tables. */
+#include "report/html_escape.h"
 #include "report/page_foot.h"
 
 #include "report/maker_credit.h"
@@ -24,8 +25,8 @@ void writePageFoot(FILE *page, const char *ownerAddress, const char *ownerName)
     /* The owner line's first anchor is never closed; browsers accept it. */
     fputs("<td>\n", page);
     fputs("<table border=0 cellpadding=3 cellspacing=0 width=\"50%\">\n", page);
-    fprintf(page, "<tr><a>Web-Page Owner: <a href=\"mailto:%s\">%s</a></tr>\n",
-            ownerAddress != nullptr ? ownerAddress : "", ownerName != nullptr ? ownerName : "");
+    fprintf(page, "<tr><a>Web-Page Owner: <a href=\"mailto:%s\">%s</a></tr>\n", HtmlValue(ownerAddress).c_str(),
+            HtmlValue(ownerName).c_str());
     fputs("</table>\n", page);
     fputs("</td>\n", page);
     fputs("</table>\n", page);

@@ -1,4 +1,5 @@
 /* source_listing.cpp -- the annotated listing page of one source file. */
+#include "report/html_escape.h"
 #include "report/source_listing.h"
 
 #include <cstring>
@@ -103,10 +104,11 @@ static void WriteSrcFileHeader(FILE *page, const ListingSource &file, bool refer
 {
     const char *name = pathBaseName(file.path);
     fputs(HEAD_START, page);
-    fprintf(page, HEAD_TITLE, name);
+    const HtmlValue shownName(name);
+    fprintf(page, HEAD_TITLE, shownName.c_str());
     fputs(HEAD_BODY, page);
     fputs(HEADING_INDENT, page);
-    fprintf(page, HEADING_NAME, name);
+    fprintf(page, HEADING_NAME, shownName.c_str());
     fprintf(page, HEADING_PERCENTS, reference ? "miss rate" : "coverage", roundHalfUp2(file.funcPercent),
             roundHalfUp2(file.blockPercent));
     fprintf(page, HEAD_RULE, 1);

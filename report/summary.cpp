@@ -1,4 +1,5 @@
 /* summary.cpp -- the summary page and the root frameset. */
+#include "report/html_escape.h"
 #include "report/summary.h"
 
 #include <string>
@@ -51,7 +52,7 @@ static void writeSummaryBanner(FILE *page, const char *project)
     fputs("<td>\n", page);
     fputs(SUMMARY_HEADING_START, page);
     if (project != nullptr)
-        fprintf(page, "Coverage Summary of %s</h3>\n", project);
+        fprintf(page, "Coverage Summary of %s</h3>\n", HtmlValue(project).c_str());
     else
         fputs("Coverage Summary</h3>\n", page);
     fputs("</td>\n", page);
@@ -113,7 +114,7 @@ void writeRootFrameset(FILE *page, const char *project, const char *summaryName,
     fputs("</head>\n", page);
     const bool anyTable = coveredName != nullptr || uncoveredName != nullptr;
     fprintf(page, "<frameset rows=\"%d%%, *\">\n", anyTable ? 30 : 100);
-    fprintf(page, "<frame src=\"%s\" scrolling=\"yes\">\n", getDirSlashHTMLname(summaryName, ext));
+    fprintf(page, "<frame src=\"%s\" scrolling=\"yes\">\n", HtmlValue(getDirSlashHTMLname(summaryName, ext)).c_str());
 
     /* The uncovered table gets a column frameset of its own, beside the
      * covered table when there is one. */
@@ -124,10 +125,11 @@ void writeRootFrameset(FILE *page, const char *project, const char *summaryName,
         fprintf(page, "<frameset cols=\"%d%%, *\">\n", width);
     }
     if (coveredName != nullptr)
-        fprintf(page, "<frame src=\"%s\" scrolling=\"yes\">\n", getDirSlashVerHTMLname(coveredName, 4, ext));
+        fprintf(page, "<frame src=\"%s\" scrolling=\"yes\">\n",
+                HtmlValue(getDirSlashVerHTMLname(coveredName, 4, ext)).c_str());
     if (uncoveredName != nullptr) {
         fprintf(page, "<frame src=\"%s\" scrolling=\"yes\">\n",
-                getDirSlashVerHTMLname(uncoveredName, 4, ext));
+                HtmlValue(getDirSlashVerHTMLname(uncoveredName, 4, ext)).c_str());
         fputs(NO_INNER_FRAMES, page);
         fputs("</frameset>\n", page);
     }

@@ -1,4 +1,5 @@
 /* table_markup.cpp -- fragments of the summary page and the file tables. */
+#include "report/html_escape.h"
 #include "report/table_markup.h"
 
 #include "report/images.h"
@@ -43,7 +44,7 @@ CoverageLabels coverageLabels(bool reference)
 void writeReportTitle(FILE *page, const char *project)
 {
     if (project != nullptr)
-        fprintf(page, "<title>%s for %s</title>\n", REPORT_TITLE, project);
+        fprintf(page, "<title>%s for %s</title>\n", REPORT_TITLE, HtmlValue(project).c_str());
     else
         fprintf(page, "<title>%s</title>\n", REPORT_TITLE);
 }

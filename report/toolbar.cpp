@@ -1,5 +1,6 @@
 /* toolbar.cpp -- the toolbar page, and the writing of the report's fixed
  * files before the first source file is processed. */
+#include "report/html_escape.h"
 #include "report/toolbar.h"
 
 #include "driver/settings.h"
@@ -33,11 +34,11 @@ void writeToolBarPage(FILE *page, const char *ext)
      * they hold from wherever the toolbar's frameset was loaded. */
     fputs("<td>\n", page);
     fprintf(page, "<a href=\"../%s\" title=\"Coverage Summary\"><img src=\"%s\" %s></a>\n",
-            getHTMLname(ROOT_PAGE, ext), HOME_IMAGE, ICON_BORDER);
+            HtmlValue(getHTMLname(ROOT_PAGE, ext)).c_str(), HOME_IMAGE, ICON_BORDER);
     fputs("</td>\n", page);
     fputs("<td>\n", page);
     fprintf(page, "<a target=\"_new\" href=\"../%s\" title=\"Help\"><img src=\"%s\" %s></a>\n",
-            getDirHTMLname(HELP_PAGE, ext), HELP_IMAGE, ICON_BORDER);
+            HtmlValue(getDirHTMLname(HELP_PAGE, ext)).c_str(), HELP_IMAGE, ICON_BORDER);
     fputs("</td>\n", page);
     fprintf(page, "<td width=\"%d%%\" align=\"right\">\n", 100);
     writeMakerLogo(page);

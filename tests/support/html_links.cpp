@@ -2,6 +2,7 @@
 #include "tests/support/html_links.h"
 
 #include <cctype>
+#include <cstring>
 #include <filesystem>
 #include <set>
 #include <vector>
@@ -16,8 +17,27 @@ namespace testsupport {
 
 namespace {
 
+// An attribute's value as a browser reads it: the entities the report
+// writes for markup characters decoded.
+std::string DecodeEntities(std::string value)
+{
+    static const struct {
+        const char *entity;
+        char c;
+    } entities[] = {{"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&#39;", '\''}, {"&amp;", '&'}};
+    for (size_t at = value.find('&'); at != std::string::npos; at = value.find('&', at + 1)) {
+        for (const auto &e : entities) {
+            if (value.compare(at, strlen(e.entity), e.entity) == 0) {
+                value.replace(at, strlen(e.entity), 1, e.c);
+                break;
+            }
+        }
+    }
+    return value;
+}
+
 // The values of the href and src attributes of a page (any letter case), in
-// order of appearance.
+// order of appearance, decoded.
 std::vector<std::string> LinksOf(const std::string &html)
 {
     std::vector<std::string> links;
@@ -36,7 +56,7 @@ std::vector<std::string> LinksOf(const std::string &html)
             size_t end = html.find('"', start);
             if (end == std::string::npos)
                 return links;
-            links.push_back(html.substr(start, end - start));
+            links.push_back(DecodeEntities(html.substr(start, end - start)));
             at = end;
             break;
         }

@@ -103,7 +103,8 @@ std::string Scenario::read(const std::string &relative) const
     return ReadFile(path(relative));
 }
 
-RunResult Scenario::run(const std::vector<std::string> &args, const std::map<std::string, std::string> &env) const
+RunResult Scenario::run(const std::vector<std::string> &args, const std::map<std::string, std::string> &env,
+                        int timeout_seconds) const
 {
     ProgramRun program;
     program.program = VEMCOV_BINARY;
@@ -111,6 +112,7 @@ RunResult Scenario::run(const std::vector<std::string> &args, const std::map<std
     program.args = args;
     program.cwd = dir_;
     program.set_env = env;
+    program.timeout_seconds = timeout_seconds;
     if (env.count("TARSK_PROF_SRC_ROOT") == 0)
         program.unset_env.push_back("TARSK_PROF_SRC_ROOT");
     if (env.count("PATH") == 0)

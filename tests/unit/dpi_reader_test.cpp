@@ -344,6 +344,32 @@ TEST_F(DpiReader, DamagedFilesEndTheRunOrFailTheOpen)
     EXPECT_EQ(missing.err, "");
 }
 
+// Old-form records follow each other by their length word, however short:
+// a record of length 0 is met again as the next one, so both entries of
+// this file are the first function.
+TEST_F(DpiReader, OldFormRecordsShorterThanTheirHeadAreWalkedByTheirLength)
+{
+    Project p;
+    p.header_form = DpiHeaderForm::Old;
+    p.strings = StringPlacement::AtEnd;
+    p.Add("/nowhere/a.c", "f", 1).Blocks({{1, 1, 1}});
+    p.Add("/nowhere/a.c", "g", 2).Blocks({{1, 2, 1}});
+    std::string bytes = DpiBytes(p);
+    PutLe(bytes, SegmentOffsets(p)[0] + 8, 0, 4);  // the length word after the 8-byte flags
+    std::string path = File(bytes);
+    Captured run = CaptureInChild([&] {
+        VEMTRA_Tool_Set_Name(nullptr);
+        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(path.c_str());
+        if (dpi == nullptr)
+            _exit(3);
+        if (dpi->segment_count != 2 || strcmp(dpi->directory[0].function_name, "f") != 0 ||
+            strcmp(dpi->directory[1].function_name, "f") != 0)
+            _exit(4);
+    });
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "WARNING: Multiple profile entries in " + path + " match lookup key, /nowhere/a.c'f'\n");
+}
+
 TEST_F(DpiReader, EveryTruncationEndsCleanly)
 {
     Project p = RichProject();

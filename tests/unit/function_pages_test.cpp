@@ -47,12 +47,31 @@ TEST(FunctionPages, WritesDisplayNames)
         {"mail@host", "mail@host"},
         {"trailing@", "trailing@"},
         {"vector<pair<int, int> >::push_back(T&&)", "vector&lt;pair&lt;int, int&gt; &gt;::push_back(T&&)"},
+        {"h\"><svg/onload='x'>", "h&quot;&gt;&lt;svg/onload=&#39;x&#39;&gt;"},
     };
     for (const auto &c : cases) {
         testsupport::MemoryStream page;
         writeFunctionName(page.stream(), c[0]);
         EXPECT_EQ(c[1], page.text()) << c[0];
     }
+}
+
+// A function a few lines down links to the anchor five lines above it; the
+// start line is compared as the profile's unsigned 32-bit number, so one
+// beyond 2^31 links five lines up too, printed as a signed number.
+TEST(FunctionPages, AnchorsFiveLinesAboveAsUnsignedLines)
+{
+    Functions f;
+    f.Add("near", 4, 1, 1);
+    f.Add("far", 40, 1, 1);
+    f.Add("huge", 4294967291u, 1, 1);
+    testsupport::MemoryStream page;
+    FunctionListOptions options{};
+    writeFunctionList(page.stream(), true, 1, "a.c", "html", f.Table(), 3, options);
+    const std::string text = page.text();
+    EXPECT_NE(text.find("A_C_SRC.HTML#l4\" title=\"Line 4\">near<"), std::string::npos) << text;
+    EXPECT_NE(text.find("A_C_SRC.HTML#l35\" title=\"Line 40\">far<"), std::string::npos) << text;
+    EXPECT_NE(text.find("A_C_SRC.HTML#l-10\" title=\"Line -5\">huge<"), std::string::npos) << text;
 }
 
 // The keys of an order, as the lists document them.

@@ -3,6 +3,7 @@
 // refused sort types. (Every page form is named in the golden trees.)
 #include <cctype>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -32,31 +33,52 @@ TEST(ReportNaming, OneBufferThatGrowsToThePowerOfTwoAboveTheNeed)
     ASSERT_GE(start, 4096u);
     ASSERT_EQ(start & (start - 1), 0u);
     // getHTMLname needs the name, the extension and 2 bytes; a need equal to
-    // the size fits, one more byte doubles it.
+    // the size fits, one more byte doubles it. Such names are then cut to
+    // the file system's 255 bytes.
     std::string name(start - 4 - 2, 'a');
-    EXPECT_EQ(getHTMLname(name.c_str(), "html"), std::string(name.size(), 'A') + ".HTML");
+    std::string cut = getHTMLname(name.c_str(), "html");
     EXPECT_EQ(reportNameBufferSize(), start);
     name += 'b';
-    EXPECT_EQ(getHTMLname(name.c_str(), "html"), std::string(name.size() - 1, 'A') + "B.HTML");
+    EXPECT_NE(getHTMLname(name.c_str(), "html"), cut);
     EXPECT_EQ(reportNameBufferSize(), 2 * start);
     // The Dir order forms need 28 bytes beyond the name and the extension.
     name.assign(4 * start - 4 - 28, 'c');
-    EXPECT_EQ(getDirVerHTMLname(name.c_str(), 6, "html"), "CodeCoverage/" + std::string(name.size(), 'C') + "_6.HTML");
+    getDirVerHTMLname(name.c_str(), 6, "html");
     EXPECT_EQ(reportNameBufferSize(), 8 * start);
+}
 
-    // Paths far longer than any fixed buffer, in every form.
+// A name of at most 255 bytes is kept; a longer one keeps its front, gets
+// "_" and 16 hexadecimal digits of a hash of the whole name, and keeps its
+// extension, in every form, so that links and pages agree.
+TEST(ReportNaming, NamesPastTheFileSystemLimitAreCutWithAHash)
+{
+    std::string fits(255 - 5, 'a');  // + ".HTML"
+    EXPECT_EQ(getHTMLname(fits.c_str(), "html"), std::string(250, 'A') + ".HTML");
+
     std::string path;
     while (path.size() < 20000)
         path += "deep.dir/";
     path += "file.c";
-    std::string expected = path;
-    expected[expected.rfind('.')] = '_';
-    for (char &c : expected)
+    std::string full = path;
+    full[full.rfind('.')] = '_';
+    for (char &c : full)
         c = c == '/' ? '_' : static_cast<char>(toupper(c));
-    EXPECT_EQ(getDirSrcHTMLname(path.c_str(), "html"), "CodeCoverage/" + expected + "_SRC.HTML");
-    EXPECT_EQ(getSrcHTMLname(path.c_str(), "html"), expected + "_SRC.HTML");
-    EXPECT_EQ(getVerHTMLname(path.c_str(), 3, "html"), expected + "_3.HTML");
-    EXPECT_EQ(getDirHTMLname(path.c_str(), "html"), "CodeCoverage/" + expected + ".HTML");
+    full += "_SRC.HTML";
+
+    std::string link = getSrcHTMLname(path.c_str(), "html");
+    ASSERT_EQ(link.size(), 255u);
+    EXPECT_EQ(link.substr(0, 233), full.substr(0, 233));
+    EXPECT_EQ(link[233], '_');
+    EXPECT_EQ(link.find_first_not_of("0123456789ABCDEF", 234), 250u);
+    EXPECT_EQ(link.substr(250), ".HTML");
+    EXPECT_EQ(getDirSrcHTMLname(path.c_str(), "html"), "CodeCoverage/" + link);
+
+    // One more byte at the end changes the hash, not the kept front.
+    std::string other = getSrcHTMLname((path + "x").c_str(), "html");
+    EXPECT_EQ(other.substr(0, 234), link.substr(0, 234));
+    EXPECT_NE(other, link);
+    EXPECT_EQ(strlen(getVerHTMLname(path.c_str(), 3, "html")), 255u);
+    EXPECT_EQ(strlen(getDirHTMLname(path.c_str(), "html")), 13u + 255u);
 }
 
 TEST(ReportText, Helpers)

@@ -196,15 +196,14 @@ static bool vemtra_Locate_Segments(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STR
         uint64_t offset = static_cast<uint64_t>(vemtra_Dpi_Stream_Tell(stream));
         if (!input_file->is_new_form) {
             uint32_t flags = vemtra_Dpi_Read_U32(stream);
-            uint32_t head = OLD_RECORD_MIN;
-            if (flags & VEMTRA_SEG_COUNTERS_64) {
+            if (flags & VEMTRA_SEG_COUNTERS_64)
                 vemtra_Dpi_Read_U32(stream);
-                head += 4;
-            }
             uint32_t length = vemtra_Dpi_Read_U32(stream);
-            if (length < head) {
-                /* A record that does not reach past its own length word
-                 * leads nowhere. */
+            /* The next record begins `length` bytes on, however short: a
+             * record of length 0 is met again as the next one. Such a walk
+             * does not advance, so the directory could outgrow any file;
+             * past one entry per byte of the file it is given up. */
+            if (length == 0 && entries.size() > static_cast<uint64_t>(size)) {
                 VEMTRA_Tool_Warning(MSG_CANNOT_PROCESS, input_file->file_name);
                 return false;
             }

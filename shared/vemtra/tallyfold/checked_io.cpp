@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -72,6 +73,29 @@ FILE *checked_fopen(const char *path, const char *mode)
         close(fd);
         return nullptr;
     }
+    return stream;
+}
+
+FILE *VEMTRA_Open_Regular_File(const char *path)
+{
+    /* Without O_NONBLOCK the open of a FIFO waits for a writer forever. */
+    int fd = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return nullptr;
+    struct stat status;
+    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(fd);
+        errno = ENOENT;
+        return nullptr;
+    }
+    int flags = fcntl(fd, F_GETFL);
+    if (flags == -1 || fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) == -1) {
+        close(fd);
+        return nullptr;
+    }
+    FILE *stream = fdopen(fd, "r");
+    if (stream == nullptr)
+        close(fd);
     return stream;
 }
 

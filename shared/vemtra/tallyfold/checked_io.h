@@ -20,6 +20,12 @@
  * Returns the stream, or null (no message when the open itself fails). */
 FILE *checked_fopen(const char *path, const char *mode);
 
+/* Opens `path` for reading ("r") when it is a regular file; anything else
+ * (a FIFO, a device, a directory) gives null with errno ENOENT, as a
+ * missing file would. A FIFO is never waited on: the open does not block.
+ * No lock is taken. */
+FILE *VEMTRA_Open_Regular_File(const char *path);
+
 /* Closes the stream (and its lock); returns what fclose returns. */
 int checked_fclose(FILE *stream);
 
