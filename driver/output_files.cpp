@@ -5,6 +5,7 @@
 #include "driver/console.h"
 #include "driver/run_state.h"
 #include "driver/settings.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
 
 static const char MSG_CANNOT_OPEN[] = "Couldn't open file %s for output!\n";
 
@@ -54,29 +55,29 @@ void openOutputFiles(OutputFiles *files)
     files->callGraph = openRequested(g_lpszCallGraphOut);
 }
 
-static void closeXml(FILE *file)
+static void closeXml(FILE *file, const char *path)
 {
     if (file == nullptr)
         return;
     fputs(PROJECT_CLOSE, file);
-    fclose(file);
+    checked_close_output(file, path);
 }
 
-static void closeText(FILE *file)
+static void closeText(FILE *file, const char *path)
 {
     if (file != nullptr)
-        fclose(file);
+        checked_close_output(file, path);
 }
 
 void closeOutputFiles(OutputFiles *files)
 {
-    closeXml(files->xmlFunctions);
-    closeXml(outxml);
-    closeXml(files->xmlBlocks);
-    closeText(files->txtFunctions);
-    closeText(outtxt);
-    closeText(files->txtBlocks);
-    closeText(files->callGraph);
+    closeXml(files->xmlFunctions, g_lpszXMLOut);
+    closeXml(outxml, g_lpszbfullXMLOut);
+    closeXml(files->xmlBlocks, g_lpszbXMLOut);
+    closeText(files->txtFunctions, g_lpszTextOut);
+    closeText(outtxt, g_lpszbfullTextOut);
+    closeText(files->txtBlocks, g_lpszbTextOut);
+    closeText(files->callGraph, g_lpszCallGraphOut);
     *files = OutputFiles{};
     outxml = nullptr;
     outtxt = nullptr;

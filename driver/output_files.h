@@ -24,7 +24,9 @@ struct OutputFiles {
  * output!\n"). */
 void openOutputFiles(OutputFiles *files);
 
-/* Writes "</PROJECT>\n" to the three XML files and closes every open file. */
+/* Writes "</PROJECT>\n" to the three XML files and closes every open file;
+ * a file whose writes failed ends the run ("ERROR: cannot write %s: %s",
+ * status 1). */
 void closeOutputFiles(OutputFiles *files);
 
 #endif

@@ -7,6 +7,7 @@
 #include "report/html_escape.h"
 #include "report/naming.h"
 #include "report/table_markup.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
 
 const char LISTING_FRAME_NAME[] = "src_view";
 
@@ -65,12 +66,13 @@ void writeFileFrameset(FILE *page, const char *path, const char *ext, bool hasCo
 
 bool bCreateFileFrameset(const char *path, const char *ext, bool hasCovered, bool hasUncovered)
 {
-    FILE *page = fopen(getDirHTMLname(path, ext), "w");
+    const std::string name = getDirHTMLname(path, ext);
+    FILE *page = fopen(name.c_str(), "w");
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", path);
         return false;
     }
     writeFileFrameset(page, path, ext, hasCovered, hasUncovered);
-    fclose(page);
+    checked_close_output(page, name.c_str());
     return true;
 }

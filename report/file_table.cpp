@@ -14,6 +14,7 @@
 #include "report/percent_format.h"
 #include "report/table_markup.h"
 #include "report/table_sort.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
 
 static const char TABLE_HEADING_START[] =
     "<h4 ALIGN=\"center\" STYLE=\"font-family:Arial,Helvetica;color:#3366ff\">";
@@ -133,7 +134,8 @@ bool bCreateCov(bool covered, SortType order, const char *name, const char *ext,
                 const char *project, int count, filename_list_node **files)
 {
     checkSortOption(order);
-    FILE *page = fopen(getDirVerHTMLname(name, order + 3, ext), "w");
+    const std::string pageName = getDirVerHTMLname(name, order + 3, ext);
+    FILE *page = fopen(pageName.c_str(), "w");
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", name);
         return false;
@@ -169,7 +171,7 @@ bool bCreateCov(bool covered, SortType order, const char *name, const char *ext,
     fputs("</ol>\n", page);
     writePageFoot(page, g_lpszMailAddr, g_lpszMailName);
     fputs("\n", page);
-    fclose(page);
+    checked_close_output(page, pageName.c_str());
     return true;
 }
 

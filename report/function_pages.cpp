@@ -12,6 +12,7 @@
 #include "report/naming.h"
 #include "report/percent_format.h"
 #include "report/table_sort.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
 
 static const char COVERED_KIND[] = "CvrdFncs";
 static const char UNCOVERED_KIND[] = "UncvrdFncs";
@@ -215,10 +216,10 @@ bool bOutputFunctionCoverageFor(bool covered, SortType order, const char *path, 
     if (g_bNoHTML)
         return true;
     checkSortOption(order);
-    const char *name = getDirHTMLname(functionListBase(path, covered, order + 3).c_str(), ext);
-    FILE *page = fopen(name, "w");
+    const std::string name = getDirHTMLname(functionListBase(path, covered, order + 3).c_str(), ext);
+    FILE *page = fopen(name.c_str(), "w");
     if (page == nullptr) {
-        fprintf(stderr, "Cannot open %s for output!\n", name);
+        fprintf(stderr, "Cannot open %s for output!\n", name.c_str());
         return false;
     }
     FunctionListOptions options;
@@ -229,6 +230,6 @@ bool bOutputFunctionCoverageFor(bool covered, SortType order, const char *path, 
     options.dbProject = g_lpszDBProjName;
     options.viewerPage = g_lpszFuncLinkName != nullptr ? g_lpszFuncLinkName : "";
     writeFunctionList(page, covered, order, path, ext, functions, count, options);
-    fclose(page);
+    checked_close_output(page, name.c_str());
     return true;
 }

@@ -6,6 +6,7 @@
 
 #include "report/image_data.h"
 #include "report/naming.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
 
 const char HOME_IMAGE[] = "__Home.gif";
 const char HELP_IMAGE[] = "__Help.gif";
@@ -34,6 +35,12 @@ static FILE *createImage(const char *name, const char *failureFormat)
     return image;
 }
 
+static void closeImage(FILE *image, const char *name)
+{
+    std::string path = std::string(REPORT_DIR) + "/" + name;
+    checked_close_output(image, path.c_str());
+}
+
 static bool writeImage(const char *name, const char *failureFormat,
                        const unsigned char *bytes, int size)
 {
@@ -42,7 +49,7 @@ static bool writeImage(const char *name, const char *failureFormat,
         return false;
     for (int i = 0; i < size; ++i)
         putImageByte(image, i, bytes[i]);
-    fclose(image);
+    closeImage(image, name);
     return true;
 }
 
@@ -60,7 +67,7 @@ static bool writeHomeImage()
         putImageByte(image, index, 0);
     for (int i = 0; i < HOME_GIF_TAIL_SIZE; ++i, ++index)
         putImageByte(image, index, HOME_GIF_TAIL[i]);
-    fclose(image);
+    closeImage(image, HOME_IMAGE);
     return true;
 }
 

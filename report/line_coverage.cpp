@@ -2,6 +2,7 @@
 #include "report/line_coverage.h"
 
 #include <cstdio>
+#include <string>
 
 #include "analysis/coverage_state.h"
 #include "driver/settings.h"
@@ -31,10 +32,10 @@ static bool writeListing(const char *path, const char *ext, ListingWorkArea *wor
         markerLineFree(&marker);
         return false;
     }
-    const char *name = getDirSrcHTMLname(path, ext);
-    FILE *page = fopen(name, "w");
+    const std::string name = getDirSrcHTMLname(path, ext);
+    FILE *page = fopen(name.c_str(), "w");
     if (page == nullptr) {
-        fprintf(stderr, "Cannot open %s for output!\n", name);
+        fprintf(stderr, "Cannot open %s for output!\n", name.c_str());
         fclose(source);
         markerLineFree(&marker);
         return false;
@@ -57,7 +58,7 @@ static bool writeListing(const char *path, const char *ext, ListingWorkArea *wor
     bool written = writeSourceListing(page, source, file, options, &marker, work->readBuffer);
 
     fclose(source);
-    fclose(page);
+    checked_close_output(page, name.c_str());
     markerLineFree(&marker);
     return written;
 }

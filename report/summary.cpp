@@ -11,6 +11,7 @@
 #include "report/naming.h"
 #include "report/percent_format.h"
 #include "report/table_markup.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
 
 static const char SUMMARY_HEAD[] =
     "<html>\n"
@@ -142,7 +143,8 @@ bool bCreateSummary(const char *project, const char *rootName, const char *summa
                     const char *coveredName, const char *uncoveredName, const char *ext)
 {
     const bool reference = compWithRef != 0;
-    FILE *page = fopen(getDirHTMLname(summaryName, ext), "w");
+    std::string name = getDirHTMLname(summaryName, ext);
+    FILE *page = fopen(name.c_str(), "w");
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", summaryName);
         return false;
@@ -151,14 +153,15 @@ bool bCreateSummary(const char *project, const char *rootName, const char *summa
                             totalNumberOfProcs,  totalNumberOfProcsCovered,
                             totalNumberOfBlocks, totalNumberOfBlocksCovered};
     writeSummaryPage(page, project, totals, reference);
-    fclose(page);
+    checked_close_output(page, name.c_str());
 
-    page = fopen(getHTMLname(rootName, ext), "w");
+    name = getHTMLname(rootName, ext);
+    page = fopen(name.c_str(), "w");
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", rootName);
         return false;
     }
     writeRootFrameset(page, project, summaryName, coveredName, uncoveredName, ext, reference);
-    fclose(page);
+    checked_close_output(page, name.c_str());
     return true;
 }

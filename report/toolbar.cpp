@@ -3,11 +3,14 @@
 #include "report/html_escape.h"
 #include "report/toolbar.h"
 
+#include <string>
+
 #include "driver/settings.h"
 #include "report/help_page.h"
 #include "report/images.h"
 #include "report/maker_credit.h"
 #include "report/naming.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
 
 static const char TOOLBAR_HEAD[] =
     "<html>\n"
@@ -50,7 +53,8 @@ void writeToolBarPage(FILE *page, const char *ext)
 bool createToolBar(const char *ext)
 {
     /* The toolbar page is created first and filled last. */
-    FILE *toolbar = fopen(getDirHTMLname(TOOLBAR_PAGE, ext), "w");
+    const std::string toolbarName = getDirHTMLname(TOOLBAR_PAGE, ext);
+    FILE *toolbar = fopen(toolbarName.c_str(), "w");
     if (toolbar == nullptr) {
         fprintf(stderr, "Unable to create ToolBar file!\n");
         return false;
@@ -59,15 +63,16 @@ bool createToolBar(const char *ext)
         fclose(toolbar);
         return false;
     }
-    FILE *help = fopen(getDirHTMLname(HELP_PAGE, ext), "w");
+    const std::string helpName = getDirHTMLname(HELP_PAGE, ext);
+    FILE *help = fopen(helpName.c_str(), "w");
     if (help == nullptr) {
         fprintf(stderr, "Unable to create On-Line Help!\n");
         fclose(toolbar);
         return false;
     }
     writeHelpPage(help, Infeasible_markers_specified != 0);
-    fclose(help);
+    checked_close_output(help, helpName.c_str());
     writeToolBarPage(toolbar, ext);
-    fclose(toolbar);
+    checked_close_output(toolbar, toolbarName.c_str());
     return true;
 }

@@ -2,7 +2,10 @@
 // longer than a file name may be, and a source that is not a regular file.
 // Each run must finish with every page safe to open and every link whole.
 #include <string>
+#include <vector>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -20,6 +23,12 @@ namespace {
 // Every value below carries this; once escaped it reads as the entities.
 const std::string MARKUP = "<\"'>";
 const std::string ESCAPED = "&lt;&quot;&#39;&gt;";
+
+// The end of `text` as long as `expected`, for messages after the banner.
+std::string TailLike(const std::string &text, const std::string &expected)
+{
+    return text.size() < expected.size() ? text : text.substr(text.size() - expected.size());
+}
 
 bool IsPage(const std::string &name)
 {
@@ -109,6 +118,78 @@ TEST(HostileInput, ASourceThatIsNoRegularFileIsMissing)
     ASSERT_FALSE(result.timed_out) << "vemcov waited on the FIFO";
     EXPECT_EQ(0, result.status) << result.err;
     EXPECT_EQ("\nWarning - File " + fifo + " not found!\n", result.out);
+}
+
+// A file that cannot be written ends the run with a message naming it,
+// whatever kind of output it is: a text or XML file of the fast or the full
+// road, a page, an image.
+TEST(HostileInput, AnOutputThatCannotBeWrittenEndsTheRun)
+{
+    if (access("/dev/full", W_OK) != 0)
+        GTEST_SKIP() << "no /dev/full";
+    const std::string full = "ERROR: cannot write %s: No space left on device\n";
+    const struct {
+        std::vector<std::string> args;
+        std::string page;  // a report file made a link to /dev/full, or ""
+        std::string named;
+    } cases[] = {
+        {{"-txtfcvrg", "/dev/full"}, "", "/dev/full"},
+        {{"-xmlbcvrg", "/dev/full"}, "", "/dev/full"},
+        {{"-txtdcg", "/dev/full"}, "", "/dev/full"},
+        {{"-nohtml", "-xmlbcvrgfull", "/dev/full"}, "", "/dev/full"},
+        {{}, "CodeCoverage/__HELP.HTML", "CodeCoverage/__HELP.HTML"},
+        {{}, "CodeCoverage/__Home.gif", "CodeCoverage/__Home.gif"},
+        {{}, "CODE_COVERAGE.HTML", "CODE_COVERAGE.HTML"},
+    };
+    for (const auto &c : cases) {
+        Scenario scenario;
+        scenario.write("a.c", "int f(void) { return 1; }\n");
+        Project p;
+        p.Add(scenario.path("a.c"), "f", 1).Blocks({{1, 1, 13}});
+        scenario.writeProfiles(p);
+        if (!c.page.empty()) {
+            mkdir(scenario.path("CodeCoverage").c_str(), 0777);
+            ASSERT_EQ(0, symlink("/dev/full", scenario.path(c.page).c_str()));
+        }
+        std::vector<std::string> args = {"-nopmeter"};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        RunResult result = scenario.run(args);
+        std::string expected = full;
+        expected.replace(expected.find("%s"), 2, c.named);
+        EXPECT_EQ(1, result.status) << c.named;
+        EXPECT_EQ(expected, TailLike(result.err, expected)) << result.err;
+    }
+}
+
+// Unmounts a test's file system, even when the test fails.
+struct Mount {
+    std::string at;
+    ~Mount() { umount2(at.c_str(), MNT_DETACH); }
+};
+
+// A report directory on a file system that fills up halfway through a
+// listing: the run ends with the page's name, not with status 0.
+TEST(HostileInput, AFileSystemThatFillsEndsTheRun)
+{
+    Scenario scenario;
+    const std::string reportDir = scenario.path("CodeCoverage");
+    mkdir(reportDir.c_str(), 0777);
+    if (geteuid() != 0 || mount("tmpfs", reportDir.c_str(), "tmpfs", 0, "size=64k") != 0)
+        GTEST_SKIP() << "cannot mount a small file system here";
+    Mount mounted{reportDir};
+    std::string source;
+    for (int line = 0; line < 8000; ++line)
+        source += "int value_" + std::to_string(line) + " = " + std::to_string(line) + ";\n";
+    scenario.write("big.c", source);
+    Project p;
+    p.Add(scenario.path("big.c"), "f", 1).Blocks({{1, 1, 1}, {0, 4000, 1}});
+    scenario.writeProfiles(p);
+
+    RunResult result = scenario.run({"-nopmeter"});
+    const std::string listing = getDirSrcHTMLname(scenario.path("big.c").c_str(), "html");
+    const std::string expected = "ERROR: cannot write " + listing + ": No space left on device\n";
+    EXPECT_EQ(1, result.status);
+    EXPECT_EQ(expected, TailLike(result.err, expected));
 }
 
 }  // namespace

@@ -99,6 +99,24 @@ FILE *VEMTRA_Open_Regular_File(const char *path)
     return stream;
 }
 
+void checked_close_output(FILE *stream, const char *file_name)
+{
+    /* A write that already failed left its cause in errno, unless a later
+     * call replaced it; then the report can only say EIO. */
+    int error = 0;
+    if (ferror(stream))
+        error = errno != 0 ? errno : EIO;
+    errno = 0;
+    if (fflush(stream) != 0 && error == 0)
+        error = errno != 0 ? errno : EIO;
+    if (fclose(stream) != 0 && error == 0)
+        error = errno != 0 ? errno : EIO;
+    if (error == 0)
+        return;
+    fprintf(stderr, "ERROR: cannot write %s: %s\n", file_name != nullptr ? file_name : "", strerror(error));
+    vemtra_Process_Exit(1);
+}
+
 int checked_fclose(FILE *stream)
 {
     return fclose(stream);

@@ -26,6 +26,12 @@ FILE *checked_fopen(const char *path, const char *mode);
  * No lock is taken. */
 FILE *VEMTRA_Open_Regular_File(const char *path);
 
+/* Closes an output file that the run has written. When a write into it
+ * failed, or its last data cannot be written or the close fails (a full
+ * disk), prints "ERROR: cannot write <file_name>: <system error text>" and
+ * ends the process with status 1: no output is lost without a word. */
+void checked_close_output(FILE *stream, const char *file_name);
+
 /* Closes the stream (and its lock); returns what fclose returns. */
 int checked_fclose(FILE *stream);
 
