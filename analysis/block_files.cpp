@@ -36,27 +36,61 @@ bool samePosition(const blocks *a, const blocks *b)
 
 }  // namespace
 
-blocks *add_block_cov(int line, int col, double count, blocks *array, blocks *head, int index, blocks **last)
+blocks *add_block_cov(int line, int col, double count, blocks *array, blocks *head, int index)
 {
     blocks *entry = &array[index];
     entry->line = line;
     entry->col = col;
     entry->freq = count;
-    entry->next = nullptr;
-    if (head == nullptr || !smaller(head, entry)) {
-        entry->next = head;
-        head = entry;
-    } else {
-        /* Every entry up to a smaller hint is smaller too. */
-        blocks *after = last != nullptr && *last != nullptr && smaller(*last, entry) ? *last : head;
-        while (after->next != nullptr && smaller(after->next, entry))
-            after = after->next;
-        entry->next = after->next;
-        after->next = entry;
+    entry->next = head;
+    return entry;
+}
+
+/* Merges two position-ordered lists; on equal positions `first` goes first,
+ * which keeps the merge stable. */
+static blocks *mergeByPosition(blocks *first, blocks *second)
+{
+    blocks merged;
+    blocks *tail = &merged;
+    while (first != nullptr && second != nullptr) {
+        if (smaller(second, first)) {
+            tail->next = second;
+            second = second->next;
+        } else {
+            tail->next = first;
+            first = first->next;
+        }
+        tail = tail->next;
     }
-    if (last != nullptr)
-        *last = entry;
-    return head;
+    tail->next = first != nullptr ? first : second;
+    return merged.next;
+}
+
+blocks *sort_block_list(blocks *head)
+{
+    /* A bottom-up merge sort: n log n whatever order the blocks came in, and
+     * stable, so equal positions keep their newest-first order. Runs[k]
+     * holds a sorted run of 2^k entries. */
+    blocks *runs[64] = {};
+    int used = 0;
+    while (head != nullptr) {
+        blocks *run = head;
+        head = head->next;
+        run->next = nullptr;
+        int k = 0;
+        for (; k < used && runs[k] != nullptr; ++k) {
+            run = mergeByPosition(runs[k], run);
+            runs[k] = nullptr;
+        }
+        if (k == used)
+            ++used;
+        runs[k] = run;
+    }
+    blocks *sorted = nullptr;
+    for (int k = 0; k < used; ++k)
+        if (runs[k] != nullptr)
+            sorted = mergeByPosition(runs[k], sorted);
+    return sorted;
 }
 
 bool printTXT_bcov_full(FILE *out, blocks *head)

@@ -24,15 +24,15 @@ const int FREQUENCY_TEXT_SIZE = 28;
 
 /* ---- the block list ---- */
 
-/* Fills array[index] with the position and count and links it into the list
- * that starts at `head`, before the first entry whose position (line, then
- * column) is not smaller: among equal positions the latest comes first.
- * Returns the new head. When `last` is given it holds the entry this list
- * received last (null for a new list) and is set to the new one: the search
- * starts there when the new position lies beyond it, so a list whose blocks
- * arrive in order is built in linear time. */
-blocks *add_block_cov(int line, int col, double count, blocks *array, blocks *head, int index,
-                      blocks **last = nullptr);
+/* Fills array[index] with the position and count and puts it in front of
+ * the list that starts at `head`; returns the new head. The list is in the
+ * order the blocks came, newest first, until sort_block_list orders it. */
+blocks *add_block_cov(int line, int col, double count, blocks *array, blocks *head, int index);
+
+/* Orders a list built by add_block_cov by position (line, then column);
+ * among equal positions the block added latest comes first. Returns the
+ * new head. n log n for any arrival order. */
+blocks *sort_block_list(blocks *head);
 
 /* Writes "%d\t%d\t%d\t%12.0f\n" (instance, line, column, count) per entry;
  * instances count from 1 at each new position. Returns true. */

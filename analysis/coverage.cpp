@@ -237,7 +237,7 @@ bool processFunction(COMP *c, const char *fileName, ModuleTally &m)
     }
 
     /* i. Every block, in index order. */
-    blocks *head = nullptr, *last = nullptr;
+    blocks *head = nullptr;
     uint32_t maxLine = 0, maxCol = 0;
     for (uint32_t i = 0; i < s->block_cnt; ++i) {
         float count = static_cast<float>(s->blocks[i].count);
@@ -263,7 +263,7 @@ bool processFunction(COMP *c, const char *fileName, ModuleTally &m)
             /* The full files get the count as read, before the differential
              * rule below. */
             head = add_block_cov(static_cast<int>(line), static_cast<int>(col), count, lb_blockNum, head,
-                                 static_cast<int>(i), &last);
+                                 static_cast<int>(i));
         }
         /* Differential: only blocks that the reference never ran count. */
         if (r != nullptr && i < r->block_cnt && static_cast<float>(r->blocks[i].count) > 0)
@@ -294,7 +294,7 @@ bool processFunction(COMP *c, const char *fileName, ModuleTally &m)
     if (s->block_cnt > 0)
         m.someRan = true;
     if (fullOutput)
-        writeFullFunctionBlocks(txt, xml, head);
+        writeFullFunctionBlocks(txt, xml, sort_block_list(head));
 
     /* k. */
     if (!isDisabled(maxLine)) {

@@ -68,7 +68,6 @@ static BlockTally tallyBlocks(const DPI_S *dpi, int kind, const parser *markers)
     bool functionKind = isFunctionKind(kind);
     bool lineInfo = (dpi->flags & VEMTRA_SEG_LINE_INFO) != 0;
     BlockTally tally = {dpi->block_cnt, 0, 0, nullptr};
-    blocks *last = nullptr;
     for (uint32_t i = 0; i < dpi->block_cnt; i++) {
         uint64_t count = dpi->blocks[i].count;
         int line = 1, col = 1;
@@ -91,10 +90,11 @@ static BlockTally tallyBlocks(const DPI_S *dpi, int kind, const parser *markers)
         if (infeasible)
             continue;
         tally.head = add_block_cov(line, col, static_cast<double>(count), lb_blockNum, tally.head,
-                                   static_cast<int>(i), &last);
+                                   static_cast<int>(i));
         if (count > 0)
             tally.executed++;
     }
+    tally.head = sort_block_list(tally.head);
     return tally;
 }
 

@@ -111,6 +111,42 @@ bool coverage_list::bSetName(const char *path)
     return true;
 }
 
+/* Positions walked in a line's list before the index takes over. */
+static const int CROWDED_LINE_WALK = 8;
+
+static uint64_t positionKey(uint32_t line, uint32_t column)
+{
+    return static_cast<uint64_t>(line) << 32 | column;
+}
+
+block_list_node *coverage_list::findPosition(uint32_t line, uint32_t column, block_list_node ***link,
+                                             bool *crowded) const
+{
+    block_list_node **at = &currentFile->lineTable[line];
+    int walked = 0;
+    for (block_list_node *node = *at; node != nullptr; at = &node->next, node = node->next) {
+        if (node->line == line && node->column == column)
+            return node;
+        if (++walked < CROWDED_LINE_WALK)
+            continue;
+        /* The rest of a crowded line is in the index; a new position goes
+         * right after the walked ones (the list's order is not used). */
+        if (link != nullptr) {
+            *link = &node->next;
+            *crowded = true;
+        }
+        if (node->next == nullptr)
+            return nullptr;
+        auto found = crowdedPositions.find(positionKey(line, column));
+        return found != crowdedPositions.end() ? found->second : nullptr;
+    }
+    if (link != nullptr) {
+        *link = at;
+        *crowded = false;
+    }
+    return nullptr;
+}
+
 bool coverage_list::bAddBlockCount(const char *path, uint32_t line, uint32_t column, uint64_t count,
                                    bool newFunction, uint32_t **unexecutedOut)
 {
@@ -131,18 +167,19 @@ bool coverage_list::bAddBlockCount(const char *path, uint32_t line, uint32_t col
     if (unexecutedOut != nullptr)
         *unexecutedOut = nullptr;
 
-    block_list_node **link = &currentFile->lineTable[line];
-    block_list_node *node = *link;
-    for (; node != nullptr; link = &node->next, node = node->next)
-        if (node->line == line && node->column == column)
-            break;
+    block_list_node **link = nullptr;
+    bool crowded = false;
+    block_list_node *node = findPosition(line, column, &link, &crowded);
     if (node == nullptr) {
         node = static_cast<block_list_node *>(calloc(1, sizeof(block_list_node)));
         if (node == nullptr)
             return true;  /* the block is dropped */
         node->line = line;
         node->column = column;
+        node->next = *link;
         *link = node;
+        if (crowded)
+            crowdedPositions.emplace(positionKey(line, column), node);
     }
 
     if (count == NEVER_EXECUTED) {
@@ -171,11 +208,8 @@ bool coverage_list::bFetchHitCount(uint32_t line, uint32_t column, uint64_t *cou
 {
     (void)trackTop;  /* the top-hit-count table is not kept */
     const block_list_node *node = nullptr;
-    if (currentFile != nullptr && currentFile->lineTable != nullptr && line < currentFile->lineSlots) {
-        for (node = currentFile->lineTable[line]; node != nullptr; node = node->next)
-            if (node->line == line && node->column == column)
-                break;
-    }
+    if (currentFile != nullptr && currentFile->lineTable != nullptr && line < currentFile->lineSlots)
+        node = findPosition(line, column, nullptr, nullptr);
     *countOut = node != nullptr ? node->count : 0;
     if (newFunctionOut != nullptr)
         *newFunctionOut = node != nullptr && node->newFunction;
@@ -253,6 +287,7 @@ void coverage_list::deleteCurrentFile()
     free(file->path);
     free(file);
     currentFile = nullptr;
+    crowdedPositions.clear();
 }
 
 coverage_list::~coverage_list()

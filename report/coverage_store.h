@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 
 /* Count stored for a position inside a function that never ran; never shown
@@ -17,7 +18,7 @@ struct block_list_node {
     uint32_t line;             /* 1-based position */
     uint32_t column;
     uint64_t count;            /* accumulated count, or NEVER_EXECUTED */
-    block_list_node *next;     /* next position of the same line, in insertion order */
+    block_list_node *next;     /* next position of the same line (no particular order) */
     uint32_t numBlocks;        /* blocks added here */
     uint32_t numExecuted;      /* of them with a non-zero count (the marker counts) */
     uint32_t numUnexecuted;    /* of them with count 0 */
@@ -105,9 +106,20 @@ public:
     void deleteCurrentFile();
 
 private:
+    /* The node of (line, column) in the current file's table, or null. When
+     * `link` is given it receives where a new node of that position is to
+     * be linked in, and `crowded` whether that lies past the walked part of
+     * the line (the node then belongs in crowdedPositions too). */
+    block_list_node *findPosition(uint32_t line, uint32_t column, block_list_node ***link, bool *crowded) const;
+
     /* The registered paths (views of the entries' own copies), so that a
      * registration costs the same however many files the run has. */
     std::unordered_set<std::string_view> pathIndex;
+    /* A line holds a few positions, found by walking its list; the nodes
+     * past the first CROWDED_LINE_WALK of a crowded line (generated code,
+     * macros) are found here instead, keyed by line << 32 | column, so that
+     * no line costs time quadratic in its positions. */
+    std::unordered_map<uint64_t, block_list_node *> crowdedPositions;
 };
 
 /* The run's one store. */

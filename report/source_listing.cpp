@@ -2,6 +2,7 @@
 #include "report/html_escape.h"
 #include "report/source_listing.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "analysis/comment_parser.h"
@@ -154,22 +155,18 @@ static bool appendMarkers(MarkerLine *marker, const char *text, size_t length)
     return true;
 }
 
-/* The recorded positions of `line`, ascending by column. A line has only a
- * few, so an insertion sort serves. */
+/* The recorded positions of `line`, ascending by column (each column has
+ * one node). */
 static void linePositions(const coverage_list &store, uint32_t line, std::vector<const block_list_node *> &out)
 {
     out.clear();
     for (const block_list_node *node = store.linePositions(line); node != nullptr; node = node->next) {
-        if (node->line != line || node->column == 0)
-            continue;
-        size_t at = out.size();
-        out.push_back(node);
-        while (at > 0 && out[at - 1]->column > node->column) {
-            out[at] = out[at - 1];
-            --at;
-        }
-        out[at] = node;
+        if (node->line == line && node->column != 0)
+            out.push_back(node);
     }
+    if (out.size() > 1)
+        std::sort(out.begin(), out.end(),
+                  [](const block_list_node *a, const block_list_node *b) { return a->column < b->column; });
 }
 
 static const block_list_node *positionAt(const std::vector<const block_list_node *> &positions, uint32_t column)

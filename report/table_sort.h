@@ -3,12 +3,14 @@
  * Fewer than 32 entries are sorted by an exchange sort: for each slot i every
  * later entry j is compared with the entry in slot i and the two are swapped
  * when j belongs before it. Longer tables are quicksorted on index ranges
- * with the middle entry of the range as the pivot, down to single entries.
- * Entries equal in every key may end in any order.
+ * with the middle entry of the range as the pivot, down to single entries,
+ * falling back to a heap sort where the pivots keep missing. Entries equal
+ * in every key may end in any order.
  */
 #ifndef VEMCOV_REPORT_TABLE_SORT_H
 #define VEMCOV_REPORT_TABLE_SORT_H
 
+#include <algorithm>
 #include <utility>
 
 /* Tables of this many entries or more are quicksorted. */
@@ -29,11 +31,20 @@ void exchangeSortTable(T *items, int count, Before before)
 
 /* Quicksort of items[low..high] with the pivot at the middle of the range.
  * The shorter part is sorted by recursion and the longer one by the loop, so
- * the depth stays logarithmic. */
+ * the depth stays logarithmic. A range that still needs splitting after
+ * `depthBudget` partitions (keys laid out against the middle pivot) is
+ * heap-sorted instead, so no table costs more than n log n; only entries
+ * equal in every key can come out otherwise than the quicksort would put
+ * them. */
 template <class T, class Before>
-void quickSortTable(T *items, int low, int high, Before before)
+void quickSortTable(T *items, int low, int high, Before before, int depthBudget)
 {
     while (low < high) {
+        if (depthBudget-- == 0) {
+            std::make_heap(items + low, items + high + 1, before);
+            std::sort_heap(items + low, items + high + 1, before);
+            return;
+        }
         T pivot = items[low + (high - low) / 2];
         int i = low;
         int j = high;
@@ -49,13 +60,24 @@ void quickSortTable(T *items, int low, int high, Before before)
             }
         }
         if (j - low < high - i) {
-            quickSortTable(items, low, j, before);
+            quickSortTable(items, low, j, before, depthBudget);
             low = i;
         } else {
-            quickSortTable(items, i, high, before);
+            quickSortTable(items, i, high, before, depthBudget);
             high = j;
         }
     }
+}
+
+/* The quicksort of items[low..high] with the budget of twice the binary
+ * logarithm of its length: ample for every ordinary table. */
+template <class T, class Before>
+void quickSortTable(T *items, int low, int high, Before before)
+{
+    int depthBudget = 0;
+    for (int length = high - low + 1; length > 1; length >>= 1)
+        depthBudget += 2;
+    quickSortTable(items, low, high, before, depthBudget);
 }
 
 /* -1, 0 or 1 as `a` is below, equal to or above `b`: one key of a table's

@@ -30,6 +30,14 @@ std::string TailLike(const std::string &text, const std::string &expected)
     return text.size() < expected.size() ? text : text.substr(text.size() - expected.size());
 }
 
+// An address-sanitizer build reserves terabytes of address space for its
+// shadow memory, so it cannot run under an address-space limit.
+#if defined(__SANITIZE_ADDRESS__)
+const bool MEMORY_LIMITS_WORK = false;
+#else
+const bool MEMORY_LIMITS_WORK = true;
+#endif
+
 bool IsPage(const std::string &name)
 {
     return name.size() > 5 && name.compare(name.size() - 5, 5, ".HTML") == 0;
@@ -189,6 +197,36 @@ TEST(HostileInput, AFileSystemThatFillsEndsTheRun)
     const std::string listing = getDirSrcHTMLname(scenario.path("big.c").c_str(), "html");
     const std::string expected = "ERROR: cannot write " + listing + ": No space left on device\n";
     EXPECT_EQ(1, result.status);
+    EXPECT_EQ(expected, TailLike(result.err, expected));
+}
+
+// 2,000 segments that all name one 1 MB string: every segment shares the
+// one copy of the file's bytes, so the run fits in a small address space
+// (a copy per segment would need 4 GB) and ends normally.
+TEST(HostileInput, SegmentsNamingOneLongStringShareIt)
+{
+    if (!MEMORY_LIMITS_WORK)
+        GTEST_SKIP() << "no address-space limit under the address sanitizer";
+    Scenario scenario;
+    scenario.write("vemtra.dpi", testsupport::DpiWithOneLongName(2000, 1 << 20));
+    scenario.write("vemtra.spi", "");
+    RunResult result = scenario.run({"-nopmeter", "-nohtml"}, {}, 120, 512);
+    EXPECT_EQ(0, result.status) << result.err.substr(0, 300);
+    EXPECT_NE(result.err.find("WARNING: Multiple profile entries in vemtra.dpi match lookup key"), std::string::npos);
+}
+
+// Allocation failures end the run with the documented message and status
+// 2, never with a signal: here the profile's bytes do not fit at all.
+TEST(HostileInput, AProfileLargerThanTheMemoryEndsWithStatus2)
+{
+    if (!MEMORY_LIMITS_WORK)
+        GTEST_SKIP() << "no address-space limit under the address sanitizer";
+    Scenario scenario;
+    scenario.write("vemtra.dpi", testsupport::DpiWithOneLongName(10, 96 << 20));
+    scenario.write("vemtra.spi", "");
+    RunResult result = scenario.run({"-nopmeter", "-nohtml"}, {}, 120, 128);
+    EXPECT_EQ(2, result.status);
+    const std::string expected = "FATAL ERROR: Out of memory.\n";
     EXPECT_EQ(expected, TailLike(result.err, expected));
 }
 

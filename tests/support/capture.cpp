@@ -8,8 +8,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
+#include <sys/resource.h>
 #include <unistd.h>
 
 extern char **environ;
@@ -138,6 +140,11 @@ Captured RunProgram(const ProgramRun &run)
         if (!run.cwd.empty() && chdir(run.cwd.c_str()) != 0) {
             perror("chdir");
             _exit(127);
+        }
+        if (run.memory_limit_mb > 0) {
+            struct rlimit limit;
+            limit.rlim_cur = limit.rlim_max = static_cast<rlim_t>(run.memory_limit_mb) << 20;
+            setrlimit(RLIMIT_AS, &limit);
         }
         execve(run.program.c_str(), argv.data(), envp.data());
         perror("execve");

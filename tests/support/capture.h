@@ -35,6 +35,7 @@ struct ProgramRun {
     std::map<std::string, std::string> set_env;  // variables to set
     std::vector<std::string> unset_env;      // variables to remove
     int timeout_seconds = 120;
+    int memory_limit_mb = 0;                 // address-space limit of the child; 0: none
 };
 
 // Runs a program and captures what it prints.

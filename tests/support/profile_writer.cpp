@@ -350,6 +350,28 @@ std::vector<uint64_t> SegmentOffsets(const Project &project)
     return offsets;
 }
 
+std::string DpiWithOneLongName(int segments, size_t name_bytes)
+{
+    // The old form reads nothing after its last record, so the string can
+    // end the file there.
+    Project p;
+    p.header_form = DpiHeaderForm::Old;
+    p.strings = StringPlacement::AtEnd;
+    for (int i = 0; i < segments; ++i)
+        p.Add("F", "N", 1).Blocks({{1, 1, 1}}).Entries({});
+    std::string bytes = DpiBytes(p);
+    const uint64_t name_offset = bytes.size();
+    // In a version 3 record the file and function name offsets follow
+    // 40 bytes of counts and words.
+    for (uint64_t record : SegmentOffsets(p)) {
+        for (uint64_t field : {record + 40, record + 48})
+            for (int b = 0; b < 8; ++b)
+                bytes[field + b] = static_cast<char>((name_offset >> (8 * b)) & 0xFF);
+    }
+    bytes.append(name_bytes, 'x');
+    return bytes;
+}
+
 bool WriteBytes(const std::string &path, const std::string &bytes)
 {
     FILE *out = fopen(path.c_str(), "wb");

@@ -179,6 +179,12 @@ std::string DpiBytes(const Project &project);
 // tests that damage a file at a chosen field.
 std::vector<uint64_t> SegmentOffsets(const Project &project);
 
+// A dynamic profile of `segments` segments whose file and function names
+// are all one string of `name_bytes` bytes that runs, without a NUL, to the
+// end of the file: a reader that copies a name per segment needs
+// segments x 2 x name_bytes of memory.
+std::string DpiWithOneLongName(int segments, size_t name_bytes);
+
 // Writes `bytes` to `path` (directories are not created). Returns false on
 // failure.
 bool WriteBytes(const std::string &path, const std::string &bytes);

@@ -104,7 +104,7 @@ std::string Scenario::read(const std::string &relative) const
 }
 
 RunResult Scenario::run(const std::vector<std::string> &args, const std::map<std::string, std::string> &env,
-                        int timeout_seconds) const
+                        int timeout_seconds, int memory_limit_mb) const
 {
     ProgramRun program;
     program.program = VEMCOV_BINARY;
@@ -113,6 +113,7 @@ RunResult Scenario::run(const std::vector<std::string> &args, const std::map<std
     program.cwd = dir_;
     program.set_env = env;
     program.timeout_seconds = timeout_seconds;
+    program.memory_limit_mb = memory_limit_mb;
     if (env.count("TARSK_PROF_SRC_ROOT") == 0)
         program.unset_env.push_back("TARSK_PROF_SRC_ROOT");
     if (env.count("PATH") == 0)

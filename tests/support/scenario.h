@@ -41,9 +41,11 @@ public:
     // Runs build/vemcov with argv[0] "vemcov" in the case directory.
     // TARSK_PROF_SRC_ROOT is removed from the environment unless `env` sets
     // it, and PATH holds no compiler package (see banner_text.h) unless `env`
-    // sets it. A run still going after `timeout_seconds` is killed.
+    // sets it. A run still going after `timeout_seconds` is killed; a
+    // `memory_limit_mb` above 0 limits its address space.
     RunResult run(const std::vector<std::string> &args,
-                  const std::map<std::string, std::string> &env = {}, int timeout_seconds = 120) const;
+                  const std::map<std::string, std::string> &env = {}, int timeout_seconds = 120,
+                  int memory_limit_mb = 0) const;
 
     // Every regular file below the case directory that is not an input,
     // relative path -> contents.

@@ -11,6 +11,7 @@
 #include "shared/vemtra/client/dpi_file.h"
 #include "shared/vemtra/client/dpi_segment.h"
 #include "shared/vemtra/client/spi_reader.h"
+#include "shared/vemtra/tallyfold/checked_alloc.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 #include "shared/vemtra/tallyfold/tool_message.h"
 
@@ -74,7 +75,7 @@ static void vemtra_Bucket_Add(vemtra_entry_bucket *bucket, uint64_t fingerprint,
     if (bucket->count == bucket->capacity) {
         bucket->capacity = bucket->capacity == 0 ? 8 : bucket->capacity * 2;
         bucket->slots = static_cast<vemtra_entry_slot *>(
-            realloc(bucket->slots, bucket->capacity * sizeof(vemtra_entry_slot)));
+            VEMTRA_Realloc(bucket->slots, bucket->capacity * sizeof(vemtra_entry_slot)));
     }
     bucket->slots[bucket->count].fingerprint = fingerprint;
     bucket->slots[bucket->count].node = node;
@@ -95,10 +96,10 @@ static entry *vemtra_Bucket_Find(const vemtra_entry_bucket *bucket, uint64_t fin
 static char *vemtra_Entry_Key(const char *module, const char *name, int is_static)
 {
     if (!is_static)
-        return strdup(name);
+        return VEMTRA_Strdup(name);
     size_t module_len = strlen(module);
     size_t name_len = strlen(name);
-    char *key = static_cast<char *>(malloc(module_len + 1 + name_len + 1));
+    char *key = static_cast<char *>(VEMTRA_Malloc(module_len + 1 + name_len + 1));
     memcpy(key, module, module_len);
     key[module_len] = ' ';
     memcpy(key + module_len + 1, name, name_len + 1);
@@ -111,7 +112,7 @@ static void vemtra_Entry_Define(entry *node, const char *module, int32_t line, f
                                 int flag2, uint32_t word_b)
 {
     free(node->module);
-    node->module = strdup(module);
+    node->module = VEMTRA_Strdup(module);
     node->line = line;
     node->frequency = frequency;
     node->flags = VEMTRA_ENTRY_DEFINED | (is_static ? VEMTRA_ENTRY_STATIC : 0u) | (flag2 ? VEMTRA_ENTRY_FLAG2 : 0u);
@@ -122,8 +123,8 @@ static void vemtra_Entry_Define(entry *node, const char *module, int32_t line, f
  * The key is taken over. */
 static entry *vemtra_Entry_Create(char *key, uint32_t key_hash, const char *name)
 {
-    entry *node = static_cast<entry *>(calloc(1, sizeof(entry)));
-    node->name = strdup(name);
+    entry *node = static_cast<entry *>(VEMTRA_Calloc(1, sizeof(entry)));
+    node->name = VEMTRA_Strdup(name);
     node->line = -1;
     node->frequency = 0.0f;
     node->number = VEMTRA_entry_count++;
@@ -175,7 +176,7 @@ entry *entry_lookup(const char *module, const char *name, int32_t line, float fr
         if (define)
             vemtra_Entry_Define(node, module, line, frequency, is_static, flag2, word_b);
         else if (is_static)
-            node->module = strdup(module);
+            node->module = VEMTRA_Strdup(module);
         vemtra_Bucket_Add(bucket, fingerprint, node);
         return node;
     }
@@ -197,7 +198,7 @@ entry *entry_lookup(const char *module, const char *name, int32_t line, float fr
         return node;
     }
     entry *last = vemtra_Entry_Chain_Last(node);
-    entry *other = vemtra_Entry_Create(strdup(node->key), node->key_hash, name);
+    entry *other = vemtra_Entry_Create(VEMTRA_Strdup(node->key), node->key_hash, name);
     vemtra_Entry_Define(other, module, line, frequency, is_static, flag2, word_b);
     last->next_same_key = other;
     vemtra_Entry_Move_Edges(last, other);
@@ -207,14 +208,14 @@ entry *entry_lookup(const char *module, const char *name, int32_t line, float fr
 /* An edge from `caller` to `callee`, at the front of both lists. */
 static void vemtra_Add_Edge(entry *caller, entry *callee, uint32_t site, float frequency)
 {
-    VEMTRA_CALL_EDGE *edge = static_cast<VEMTRA_CALL_EDGE *>(malloc(sizeof(VEMTRA_CALL_EDGE)));
+    VEMTRA_CALL_EDGE *edge = static_cast<VEMTRA_CALL_EDGE *>(VEMTRA_Malloc(sizeof(VEMTRA_CALL_EDGE)));
     edge->caller = caller;
     edge->callee = callee;
     edge->site = site;
     edge->frequency = frequency;
     edge->next_out = caller->out_edges;
     caller->out_edges = edge;
-    VEMTRA_CALL_LINK *link = static_cast<VEMTRA_CALL_LINK *>(malloc(sizeof(VEMTRA_CALL_LINK)));
+    VEMTRA_CALL_LINK *link = static_cast<VEMTRA_CALL_LINK *>(VEMTRA_Malloc(sizeof(VEMTRA_CALL_LINK)));
     link->edge = edge;
     link->next = callee->in_edges;
     callee->in_edges = link;

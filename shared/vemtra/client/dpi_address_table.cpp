@@ -3,9 +3,12 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "shared/vemtra/client/dpi_segment.h"
+#include "shared/vemtra/tallyfold/checked_alloc.h"
 
 /* One node of a bucket chain. `info` is a DPI_FUNC_INFO or a DPI_VTBL_INFO
  * and `name` points at the name inside it. */
@@ -16,41 +19,50 @@ struct vemtra_address_node {
     vemtra_address_node *next;
 };
 
-/* A table: the bucket heads and, for appending, their tails; and the set
- * of addresses present, so that a new address is appended without walking
- * its chain (a profile of many functions makes the chains long). */
+/* An (address, name) pair the table holds; the name points into its node. */
+struct vemtra_address_name {
+    uint64_t address;
+    const char *name;
+};
+
+struct vemtra_address_name_hash {
+    size_t operator()(const vemtra_address_name &key) const
+    {
+        return std::hash<std::string_view>()(key.name) ^ (key.address * 0x9E3779B97F4A7C15ull);
+    }
+};
+
+struct vemtra_address_name_equal {
+    bool operator()(const vemtra_address_name &a, const vemtra_address_name &b) const
+    {
+        return a.address == b.address && strcmp(a.name, b.name) == 0;
+    }
+};
+
+/* A table: the bucket chains in the order of the format, and beside them
+ * two indexes so that neither an insertion nor a lookup walks a chain (a
+ * profile of many functions makes the chains long, and many segments may
+ * share one address): the first node of each address, and the set of
+ * (address, name) pairs present. */
 struct vemtra_address_table {
     vemtra_address_node *head[VEMTRA_ADDRESS_BUCKETS];
     vemtra_address_node *tail[VEMTRA_ADDRESS_BUCKETS];
-    std::unordered_set<uint64_t> addresses;
+    std::unordered_map<uint64_t, vemtra_address_node *> first;
+    std::unordered_set<vemtra_address_name, vemtra_address_name_hash, vemtra_address_name_equal> names;
 };
 
 static vemtra_address_table *func_table = nullptr;
 static vemtra_address_table *vtbl_table = nullptr;
 
-static void vemtra_Free_Func_Info(void *info)
-{
-    DPI_FUNC_INFO *func = static_cast<DPI_FUNC_INFO *>(info);
-    free(func->function_name);
-    free(func->file_name);
-    free(func);
-}
-
-static void vemtra_Free_Vtbl_Info(void *info)
-{
-    DPI_VTBL_INFO *vtbl = static_cast<DPI_VTBL_INFO *>(info);
-    free(vtbl->vtable_name);
-    free(vtbl);
-}
-
-static void vemtra_Table_Release(vemtra_address_table *table, void (*free_info)(void *))
+/* The records' names are the open profile's, so a record is freed alone. */
+static void vemtra_Table_Release(vemtra_address_table *table)
 {
     if (table == nullptr)
         return;
     for (vemtra_address_node *node : table->head) {
         while (node != nullptr) {
             vemtra_address_node *next = node->next;
-            free_info(node->info);
+            free(node->info);
             free(node);
             node = next;
         }
@@ -60,8 +72,8 @@ static void vemtra_Table_Release(vemtra_address_table *table, void (*free_info)(
 
 void vemtra_Address_Tables_Release(void)
 {
-    vemtra_Table_Release(func_table, vemtra_Free_Func_Info);
-    vemtra_Table_Release(vtbl_table, vemtra_Free_Vtbl_Info);
+    vemtra_Table_Release(func_table);
+    vemtra_Table_Release(vtbl_table);
     func_table = nullptr;
     vtbl_table = nullptr;
 }
@@ -76,24 +88,19 @@ void vemtra_Address_Tables_Create(void)
 /* True when the table already holds this address under this name. */
 static bool vemtra_Table_Holds(const vemtra_address_table *table, uint64_t address, const char *name)
 {
-    if (table->addresses.count(address) == 0)
-        return false;
-    for (const vemtra_address_node *node = table->head[address % VEMTRA_ADDRESS_BUCKETS]; node != nullptr;
-         node = node->next)
-        if (node->address == address && strcmp(node->name, name) == 0)
-            return true;
-    return false;
+    return table->names.count(vemtra_address_name{address, name}) != 0;
 }
 
 static void vemtra_Table_Append(vemtra_address_table *table, uint64_t address, void *info, const char *name)
 {
     size_t bucket = address % VEMTRA_ADDRESS_BUCKETS;
-    vemtra_address_node *node = static_cast<vemtra_address_node *>(malloc(sizeof(vemtra_address_node)));
+    vemtra_address_node *node = static_cast<vemtra_address_node *>(VEMTRA_Malloc(sizeof(vemtra_address_node)));
     node->address = address;
     node->info = info;
     node->name = name;
     node->next = nullptr;
-    table->addresses.insert(address);
+    table->first.emplace(address, node);
+    table->names.insert(vemtra_address_name{address, name});
     if (table->tail[bucket] == nullptr)
         table->head[bucket] = node;
     else
@@ -106,9 +113,9 @@ void vemtra_Add_Func_Address(uint64_t address, const char *function_name, const 
 {
     if (func_table == nullptr || vemtra_Table_Holds(func_table, address, function_name))
         return;
-    DPI_FUNC_INFO *info = static_cast<DPI_FUNC_INFO *>(malloc(sizeof(DPI_FUNC_INFO)));
-    info->function_name = strdup(function_name);
-    info->file_name = strdup(file_name);
+    DPI_FUNC_INFO *info = static_cast<DPI_FUNC_INFO *>(VEMTRA_Malloc(sizeof(DPI_FUNC_INFO)));
+    info->function_name = const_cast<char *>(function_name);
+    info->file_name = const_cast<char *>(file_name);
     info->word_b = word_b;
     info->flags = flags;
     info->frequency = frequency;
@@ -119,26 +126,24 @@ void vemtra_Add_Vtbl_Address(uint64_t address, const char *vtable_name)
 {
     if (vtbl_table == nullptr || vemtra_Table_Holds(vtbl_table, address, vtable_name))
         return;
-    DPI_VTBL_INFO *info = static_cast<DPI_VTBL_INFO *>(malloc(sizeof(DPI_VTBL_INFO)));
-    info->vtable_name = strdup(vtable_name);
+    DPI_VTBL_INFO *info = static_cast<DPI_VTBL_INFO *>(VEMTRA_Malloc(sizeof(DPI_VTBL_INFO)));
+    info->vtable_name = const_cast<char *>(vtable_name);
     vemtra_Table_Append(vtbl_table, address, info, info->vtable_name);
 }
 
-/* The first node with `address`, unless the node right after it has the
- * same address (only that one neighbour is examined). */
+/* The first node with `address`, unless the node right after it in its
+ * chain has the same address (only that one neighbour is examined). */
 static void *vemtra_Table_Lookup(const vemtra_address_table *table, uint64_t address)
 {
     if (table == nullptr)
         return nullptr;
-    for (const vemtra_address_node *node = table->head[address % VEMTRA_ADDRESS_BUCKETS]; node != nullptr;
-         node = node->next) {
-        if (node->address != address)
-            continue;
-        if (node->next != nullptr && node->next->address == address)
-            return nullptr;
-        return node->info;
-    }
-    return nullptr;
+    auto found = table->first.find(address);
+    if (found == table->first.end())
+        return nullptr;
+    const vemtra_address_node *node = found->second;
+    if (node->next != nullptr && node->next->address == address)
+        return nullptr;
+    return node->info;
 }
 
 DPI_FUNC_INFO *VEMTRA_Lookup_Func(uint64_t address)

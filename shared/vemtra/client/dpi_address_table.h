@@ -20,11 +20,12 @@ void vemtra_Address_Tables_Create(void);
 /* Empties and releases both tables; lookups then return null. */
 void vemtra_Address_Tables_Release(void);
 
-/* Inserts a function (names and fields are copied). */
+/* Inserts a function. The names are kept, not copied: they are the open
+ * profile's and outlive the tables (closing the profile releases them). */
 void vemtra_Add_Func_Address(uint64_t address, const char *function_name, const char *file_name,
                              uint32_t word_b, uint32_t flags, float frequency);
 
-/* Inserts a virtual table (the name is copied). */
+/* Inserts a virtual table; the name is kept, as above. */
 void vemtra_Add_Vtbl_Address(uint64_t address, const char *vtable_name);
 
 #endif

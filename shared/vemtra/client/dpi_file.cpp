@@ -11,6 +11,8 @@
 #include "shared/vemtra/client/dpi_file.h"
 
 #include <algorithm>
+#include <unordered_map>
+#include <utility>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
@@ -20,6 +22,7 @@
 #include "shared/vemtra/client/dpi_stream.h"
 #include "shared/vemtra/client/src_root.h"
 #include "shared/vemtra/tallyfold/assertx.h"
+#include "shared/vemtra/tallyfold/checked_alloc.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 #include "shared/vemtra/tallyfold/tool_message.h"
 
@@ -50,7 +53,7 @@ static void vemtra_Read_Header_Bytes(VEMTRA_INPUT_FILE *input_file, unsigned cha
 
 static void vemtra_Keep_Name_Field(DPI_FILE *dpi, const unsigned char *field)
 {
-    dpi->name_field = static_cast<char *>(malloc(VEMTRA_NAME_FIELD_SIZE + 1));
+    dpi->name_field = static_cast<char *>(VEMTRA_Malloc(VEMTRA_NAME_FIELD_SIZE + 1));
     memcpy(dpi->name_field, field, VEMTRA_NAME_FIELD_SIZE);
     dpi->name_field[VEMTRA_NAME_FIELD_SIZE] = '\0';
 }
@@ -227,26 +230,67 @@ static bool vemtra_Locate_Segments(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STR
 
 /* ---- directory, second pass: names, keys, frequencies, addresses ---- */
 
+/* The names the directory derives from the file's names, each made once:
+ * many segments may name one string (one file, or a hostile profile whose
+ * segments all name one long string), and their entries then share what is
+ * derived from it. Names read from the file are used in place and keyed by
+ * their address, so equal offsets are recognised without reading the
+ * string again. */
+struct vemtra_string_pool {
+    struct pair_hash {
+        size_t operator()(const std::pair<const void *, uint64_t> &key) const
+        {
+            return std::hash<const void *>()(key.first) ^ (key.second * 0x9E3779B97F4A7C15ull);
+        }
+    };
+    std::vector<char *> owned;
+    /* (file name, source-root length) -> the re-rooted name */
+    std::unordered_map<std::pair<const void *, uint64_t>, char *, pair_hash> rerooted;
+    /* file name -> the name with its directory's physical form */
+    std::unordered_map<const void *, char *> physical;
+    /* (file name, function name) -> "<file>'<function>'" */
+    std::unordered_map<std::pair<const void *, uint64_t>, char *, pair_hash> keys;
+
+    char *own(char *text)
+    {
+        owned.push_back(text);
+        return text;
+    }
+    ~vemtra_string_pool()
+    {
+        for (char *text : owned)
+            free(text);
+    }
+};
+
 /* The directory's form of a file name: re-rooted by the segment's source
- * root length, then mapped to its physical directory. A fresh allocation. */
-static char *vemtra_Entry_File_Name(VEMTRA_DPI_STREAM *stream, const DPI_DIRECTORY_ENTRY *entry, char *file_name)
+ * root length, then mapped to its physical directory; owned by the pool. */
+static char *vemtra_Entry_File_Name(VEMTRA_DPI_STREAM *stream, vemtra_string_pool *pool,
+                                    const DPI_DIRECTORY_ENTRY *entry, const char *file_name)
 {
+    char *name = const_cast<char *>(file_name);
     if (entry->src_root_offset != 0) {
-        DPI_S segment;
-        memset(&segment, 0, sizeof segment);
-        DPI_S *dpi = &segment;
-        dpi->file_name = file_name;
         vemtra_Dpi_Stream_Seek(stream, entry->src_root_offset);
-        dpi->src_root = vemtra_Dpi_Read_U32(stream);
-        vemtra_Apply_Dpi_Src_Root(dpi);
-        file_name = dpi->file_name;
+        uint32_t src_root = vemtra_Dpi_Read_U32(stream);
+        char *&rerooted = pool->rerooted[{file_name, src_root}];
+        if (rerooted == nullptr) {
+            DPI_S segment;
+            memset(&segment, 0, sizeof segment);
+            DPI_S *dpi = &segment;
+            dpi->file_name = VEMTRA_Strdup(file_name);
+            dpi->src_root = src_root;
+            vemtra_Apply_Dpi_Src_Root(dpi);
+            rerooted = pool->own(dpi->file_name);
+        }
+        name = rerooted;
     }
     if (VEMTRA_expand_symbolic_links) {
-        char *mapped = strdup(vemtra_Physical_File_Name(file_name));
-        free(file_name);
-        file_name = mapped;
+        char *&mapped = pool->physical[name];
+        if (mapped == nullptr)
+            mapped = pool->own(VEMTRA_Strdup(vemtra_Physical_File_Name(name)));
+        name = mapped;
     }
-    return file_name;
+    return name;
 }
 
 static const char *vemtra_Basename(const char *name)
@@ -265,7 +309,7 @@ char *vemtra_Lookup_Key(const char *file_name, const char *function_name)
         file = vemtra_Simplify_Path(vemtra_Basename(file_name));
     size_t file_length = strlen(file);
     size_t function_length = strlen(function_name);
-    char *key = static_cast<char *>(malloc(file_length + function_length + 3));
+    char *key = static_cast<char *>(VEMTRA_Malloc(file_length + function_length + 3));
     memcpy(key, file, file_length);
     key[file_length] = '\'';
     memcpy(key + file_length + 1, function_name, function_length);
@@ -293,9 +337,13 @@ static void vemtra_Fill_Entry(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STREAM *
     vemtra_Read_Dpi_Summary(&summary, stream, wide);
 
     /* 3 to 5. Names, key, flags and frequency. */
-    entry->file_name = vemtra_Entry_File_Name(stream, entry, summary.file_name);
-    entry->function_name = summary.function_name;
-    entry->lookup_key = vemtra_Lookup_Key(entry->file_name, entry->function_name);
+    vemtra_string_pool *pool = dpi_file->strings;
+    entry->file_name = vemtra_Entry_File_Name(stream, pool, entry, summary.file_name);
+    entry->function_name = const_cast<char *>(summary.function_name);
+    char *&key = pool->keys[{entry->file_name, reinterpret_cast<uintptr_t>(entry->function_name)}];
+    if (key == nullptr)
+        key = pool->own(vemtra_Lookup_Key(entry->file_name, entry->function_name));
+    entry->lookup_key = key;
     entry->flags = static_cast<uint32_t>(summary.word_c & 3);
     entry->word_b = summary.word_b;
     entry->frequency = static_cast<float>(summary.max_entry_count) / static_cast<float>(dpi_file->runs);
@@ -308,28 +356,12 @@ static void vemtra_Fill_Entry(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STREAM *
                                 entry->flags, entry->frequency);
     if (summary.vtable_address != 0)
         vemtra_Add_Vtbl_Address(summary.vtable_address, summary.vtable_name);
-    free(summary.vtable_name);
 }
 
 static bool vemtra_Key_Less(const DPI_DIRECTORY_ENTRY &a, const DPI_DIRECTORY_ENTRY &b)
 {
     return strcmp(a.lookup_key, b.lookup_key) < 0;
 }
-
-/* The entries while the directory is built. The normal build ends the
- * process on any error, but a build that turns the documented exits into a
- * return to its caller unwinds through here: what was read is then freed. */
-struct vemtra_pending_entries {
-    std::vector<DPI_DIRECTORY_ENTRY> entries;
-    ~vemtra_pending_entries()
-    {
-        for (DPI_DIRECTORY_ENTRY &entry : entries) {
-            free(entry.file_name);
-            free(entry.function_name);
-            free(entry.lookup_key);
-        }
-    }
-};
 
 int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
 {
@@ -346,8 +378,7 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
 
     /* 4. Where each segment lies. Every record takes at least 8 bytes, so
      * the file's size bounds what is reserved for an announced count. */
-    vemtra_pending_entries pending;
-    std::vector<DPI_DIRECTORY_ENTRY> &entries = pending.entries;
+    std::vector<DPI_DIRECTORY_ENTRY> entries;
     uint64_t room = static_cast<uint64_t>(vemtra_Dpi_Stream_Size(stream)) / OLD_RECORD_MIN + 1;
     entries.reserve(std::min<uint64_t>(dpi_file->segment_count, room));
     if (!vemtra_Locate_Segments(input_file, stream, entries))
@@ -360,7 +391,7 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
     /* 6. Sorted by key; equal keys keep their file order. */
     std::stable_sort(entries.begin(), entries.end(), vemtra_Key_Less);
     dpi_file->directory =
-        static_cast<DPI_DIRECTORY_ENTRY *>(malloc((entries.empty() ? 1 : entries.size()) * sizeof(DPI_DIRECTORY_ENTRY)));
+        static_cast<DPI_DIRECTORY_ENTRY *>(VEMTRA_Malloc((entries.empty() ? 1 : entries.size()) * sizeof(DPI_DIRECTORY_ENTRY)));
     if (!entries.empty())
         memcpy(dpi_file->directory, entries.data(), entries.size() * sizeof(DPI_DIRECTORY_ENTRY));
 
@@ -372,24 +403,19 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
     }
 
     /* 8. Ready for the pair walk and on-demand fetches. */
-    pending.entries.clear();
     dpi_file->cursor = 0;
     return 1;
 }
 
 /* ---- open, walk, close ---- */
 
-static void vemtra_Free_Directory(DPI_FILE *dpi_file, uint32_t count)
+/* The directory and every name it derived. */
+static void vemtra_Free_Directory(DPI_FILE *dpi_file)
 {
-    if (dpi_file->directory == nullptr)
-        return;
-    for (uint32_t i = 0; i < count; i++) {
-        free(dpi_file->directory[i].file_name);
-        free(dpi_file->directory[i].function_name);
-        free(dpi_file->directory[i].lookup_key);
-    }
     free(dpi_file->directory);
     dpi_file->directory = nullptr;
+    delete dpi_file->strings;
+    dpi_file->strings = nullptr;
 }
 
 /* A file being opened; unless released, its destructor undoes the open
@@ -405,6 +431,7 @@ struct vemtra_open_guard {
         if (released || dpi_file == nullptr)
             return;
         vemtra_Address_Tables_Release();
+        vemtra_Free_Directory(dpi_file);
         vemtra_Dpi_Stream_Free(dpi_file->stream);
         checked_fclose(dpi_file->fp);
         free(dpi_file->name_field);
@@ -418,7 +445,7 @@ DPI_FILE *VEMTRA_Open_Dpi_File(const char *file_name)
     VEMTRA_INPUT_FILE input;
     memset(&input, 0, sizeof input);
     VEMTRA_INPUT_FILE *input_file = &input;
-    input_file->file_name = strdup(file_name);
+    input_file->file_name = VEMTRA_Strdup(file_name);
     input_file->weight = 1.0;
     input_file->type = FILE_TYPE_DPI;
     vemtra_open_guard guard = {input_file, nullptr, false};
@@ -427,8 +454,9 @@ DPI_FILE *VEMTRA_Open_Dpi_File(const char *file_name)
     input_file->fp = checked_fopen(file_name, "rb");
     if (input_file->fp == nullptr)
         return nullptr;
-    DPI_FILE *dpi_file = static_cast<DPI_FILE *>(calloc(1, sizeof(DPI_FILE)));
+    DPI_FILE *dpi_file = static_cast<DPI_FILE *>(VEMTRA_Calloc(1, sizeof(DPI_FILE)));
     dpi_file->fp = input_file->fp;
+    dpi_file->strings = new vemtra_string_pool();
     input_file->dpi = dpi_file;
     guard.dpi_file = dpi_file;
 
@@ -474,7 +502,7 @@ void VEMTRA_Close_Dpi_File(DPI_FILE *dpi_file)
     vemtra_Address_Tables_Release();
     vemtra_Dpi_Stream_Free(dpi_file->stream);
     checked_fclose(dpi_file->fp);
-    vemtra_Free_Directory(dpi_file, dpi_file->segment_count);
+    vemtra_Free_Directory(dpi_file);
     free(dpi_file->name_field);
     free(dpi_file);
 }

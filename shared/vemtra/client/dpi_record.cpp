@@ -6,6 +6,7 @@
 
 #include "shared/vemtra/client/src_root.h"
 #include "shared/vemtra/tallyfold/assertx.h"
+#include "shared/vemtra/tallyfold/checked_alloc.h"
 #include "shared/vemtra/tallyfold/tool_message.h"
 
 static const uint64_t VALUE_TABLE_BYTES = VEMTRA_VALUE_TARGETS * VEMTRA_VALUE_RECORD_SIZE;
@@ -104,7 +105,7 @@ static uint64_t *vemtra_Read_Counters(VEMTRA_DPI_STREAM *stream, uint32_t count,
     if (count == 0)
         return nullptr;
     vemtra_Dpi_Stream_Need(stream, count * uint64_t(wide ? 8 : 4));
-    uint64_t *counters = static_cast<uint64_t *>(malloc(count * sizeof(uint64_t)));
+    uint64_t *counters = static_cast<uint64_t *>(VEMTRA_Malloc(count * sizeof(uint64_t)));
     for (uint32_t i = 0; i < count; i++)
         counters[i] = vemtra_Read_Counter(stream, wide);
     return counters;
@@ -119,7 +120,7 @@ void vemtra_Apply_Dpi_Src_Root(DPI_S *dpi)
         VEMTRA_Tool_Warning("new name for %s is too long; src_root not used", dpi->file_name);
         return;
     }
-    char *name = static_cast<char *>(malloc(needed));
+    char *name = static_cast<char *>(VEMTRA_Malloc(needed));
     memcpy(name, VEMTRA_src_root_dir, static_cast<size_t>(VEMTRA_src_root_dir_len));
     strcpy(name + VEMTRA_src_root_dir_len, rest);
     free(dpi->file_name);
@@ -153,7 +154,7 @@ void vemtra_Read_Dpi_Segment(DPI_S *segment, VEMTRA_DPI_STREAM *stream, int wide
     /* Block counters first; their positions come with the line data. */
     uint64_t *counts = vemtra_Read_Counters(stream, head.block_cnt, wide);
     if (head.block_cnt > 0) {
-        segment->blocks = static_cast<DPI_BLOCK *>(calloc(head.block_cnt, sizeof(DPI_BLOCK)));
+        segment->blocks = static_cast<DPI_BLOCK *>(VEMTRA_Calloc(head.block_cnt, sizeof(DPI_BLOCK)));
         for (uint32_t i = 0; i < head.block_cnt; i++)
             segment->blocks[i].count = counts[i];
     }
@@ -162,20 +163,20 @@ void vemtra_Read_Dpi_Segment(DPI_S *segment, VEMTRA_DPI_STREAM *stream, int wide
     segment->values = vemtra_Read_Counters(stream, head.value_cnt, wide);
     if (head.value_cnt > 0) {
         vemtra_Dpi_Stream_Need(stream, sizes.value_tables);
-        segment->value_tables = static_cast<unsigned char **>(malloc(head.value_cnt * sizeof(unsigned char *)));
+        segment->value_tables = static_cast<unsigned char **>(VEMTRA_Malloc(head.value_cnt * sizeof(unsigned char *)));
         for (uint32_t k = 0; k < head.value_cnt; k++) {
-            segment->value_tables[k] = static_cast<unsigned char *>(malloc(VALUE_TABLE_BYTES));
+            segment->value_tables[k] = static_cast<unsigned char *>(VEMTRA_Malloc(VALUE_TABLE_BYTES));
             vemtra_Dpi_Stream_Read(stream, segment->value_tables[k], VALUE_TABLE_BYTES);
         }
     }
     if (head.entry_cnt > 0) {
         vemtra_Dpi_Stream_Need(stream, sizes.entry_offsets + sizes.entry_indexes);
-        segment->entries = static_cast<DPI_ENTRY *>(malloc(head.entry_cnt * sizeof(DPI_ENTRY)));
+        segment->entries = static_cast<DPI_ENTRY *>(VEMTRA_Malloc(head.entry_cnt * sizeof(DPI_ENTRY)));
         for (uint32_t e = 0; e < head.entry_cnt; e++) {
             segment->entries[e].name_offset = vemtra_Read_Counter(stream, wide);
             segment->entries[e].name = VEMTRA_Read_String(stream, segment->entries[e].name_offset);
         }
-        segment->entry_index = static_cast<uint32_t *>(malloc(head.entry_cnt * sizeof(uint32_t)));
+        segment->entry_index = static_cast<uint32_t *>(VEMTRA_Malloc(head.entry_cnt * sizeof(uint32_t)));
         for (uint32_t e = 0; e < head.entry_cnt; e++)
             segment->entry_index[e] = vemtra_Dpi_Read_U32(stream);
         if (wide && head.entry_cnt % 2 == 1)
@@ -239,9 +240,9 @@ void vemtra_Read_Dpi_Summary(VEMTRA_RECORD_SUMMARY *summary, VEMTRA_DPI_STREAM *
         if (count > summary->max_entry_count)
             summary->max_entry_count = count;
     }
-    summary->file_name = VEMTRA_Read_String(stream, head.file_offset);
-    summary->function_name = VEMTRA_Read_String(stream, head.function_offset);
-    summary->vtable_name = head.vtable_address != 0 ? VEMTRA_Read_String(stream, head.vtable_offset) : nullptr;
+    summary->file_name = vemtra_Dpi_String(stream, head.file_offset);
+    summary->function_name = vemtra_Dpi_String(stream, head.function_offset);
+    summary->vtable_name = head.vtable_address != 0 ? vemtra_Dpi_String(stream, head.vtable_offset) : nullptr;
 }
 
 void vemtra_Release_Dpi_S(DPI_S *segment)

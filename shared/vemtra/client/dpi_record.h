@@ -23,11 +23,11 @@ typedef struct VEMTRA_RECORD_SUMMARY {
     uint64_t flags;              /* the record's flags word */
     uint32_t word_b;             /* word B */
     uint64_t word_c;             /* attribute word */
-    char *file_name;             /* fresh allocation */
-    char *function_name;         /* fresh allocation */
+    const char *file_name;       /* in the stream's bytes (vemtra_Dpi_String) */
+    const char *function_name;   /* in the stream's bytes */
     uint64_t function_address;
     uint64_t vtable_address;
-    char *vtable_name;           /* fresh allocation, only when vtable_address is not 0 */
+    const char *vtable_name;     /* in the stream's bytes; only when vtable_address is not 0 */
     uint64_t max_entry_count;    /* greatest counter of a block named by an entry */
 } VEMTRA_RECORD_SUMMARY;
 

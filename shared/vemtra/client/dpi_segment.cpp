@@ -9,6 +9,7 @@
 #include "shared/vemtra/client/dpi_record.h"
 #include "shared/vemtra/client/dpi_stream.h"
 #include "shared/vemtra/client/src_root.h"
+#include "shared/vemtra/tallyfold/checked_alloc.h"
 
 /* The directory entry whose key equals `key`, or null. */
 static const DPI_DIRECTORY_ENTRY *vemtra_Find_Entry(const DPI_FILE *dpi_file, const char *key)
@@ -52,9 +53,9 @@ DPI_SEGMENT *VEMTRA_Get_Segment(DPI_FILE *dpi_file, const char *dpi_file_name, c
         return nullptr;
 
     /* 5. The decoded record, in the layout the open settled on. */
-    DPI_SEGMENT *handle = static_cast<DPI_SEGMENT *>(malloc(sizeof(DPI_SEGMENT)));
+    DPI_SEGMENT *handle = static_cast<DPI_SEGMENT *>(VEMTRA_Malloc(sizeof(DPI_SEGMENT)));
     handle->runs = dpi_file->runs;
-    handle->segment = static_cast<DPI_S *>(calloc(1, sizeof(DPI_S)));
+    handle->segment = static_cast<DPI_S *>(VEMTRA_Calloc(1, sizeof(DPI_S)));
     vemtra_Dpi_Stream_Set_Name(dpi_file->stream, dpi_file_name);
     vemtra_Dpi_Stream_Seek(dpi_file->stream, entry->segment_offset);
     int wide = VEMTRA_dpi_64bit_counters;

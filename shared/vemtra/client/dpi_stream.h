@@ -1,12 +1,11 @@
-/* dpi_stream.h -- positioned, cached reads of an open dynamic profile.
+/* dpi_stream.h -- positioned reads of an open dynamic profile.
  *
  * Segments are read in file order while the directory is built and on
  * demand afterwards, and every record refers to names elsewhere in the file.
- * This reader keeps a few aligned pages of the file in memory so that such
- * jumps cost no system call, and decodes little-endian values byte by byte.
- * All file access goes through the checked wrappers: a read that the file
- * cannot satisfy ends the run with the checked-read message, exactly as a
- * short read would.
+ * The reader holds the whole file in memory, read once through the checked
+ * wrappers, and decodes little-endian values byte by byte. A read that the
+ * file cannot satisfy ends the run with the checked-read message, exactly as
+ * a short read would.
  */
 #ifndef VEMTRA_CLIENT_DPI_STREAM_H
 #define VEMTRA_CLIENT_DPI_STREAM_H
@@ -18,11 +17,11 @@
 typedef struct VEMTRA_DPI_STREAM VEMTRA_DPI_STREAM;
 
 /* Wraps the open stream `fp` (which stays owned by the caller). Learns the
- * file's size with a checked seek to its end. `file_name` is used in the
- * checked-I/O messages and may be null. */
+ * file's size with a checked seek to its end and reads the file whole.
+ * `file_name` is used in the checked-I/O messages and may be null. */
 VEMTRA_DPI_STREAM *vemtra_Dpi_Stream_Create(FILE *fp, const char *file_name);
 
-/* Releases the pages and the record; does not close the file. */
+/* Releases the file's bytes and the record; does not close the file. */
 void vemtra_Dpi_Stream_Free(VEMTRA_DPI_STREAM *stream);
 
 /* The name used in the messages of the following reads (may be null). */
@@ -52,8 +51,13 @@ uint32_t vemtra_Dpi_Read_U32(VEMTRA_DPI_STREAM *stream);
 uint64_t vemtra_Dpi_Read_U64(VEMTRA_DPI_STREAM *stream);
 
 /* The NUL-terminated string at absolute `offset`, up to its NUL or the end
- * of the file, as a fresh allocation; an offset at or past the end gives an
- * empty string. The stream position is not changed. */
+ * of the file, in place: valid while the stream lives. An offset at or past
+ * the end gives an empty string. Costs no copy, however long the name, so
+ * that many records naming one long string cost its bytes once. */
+const char *vemtra_Dpi_String(const VEMTRA_DPI_STREAM *stream, uint64_t offset);
+
+/* The same string as a fresh allocation. The stream position is not
+ * changed. */
 char *VEMTRA_Read_String(VEMTRA_DPI_STREAM *stream, uint64_t offset);
 
 /* Decodes a little-endian value of `width` bytes from memory. */

@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 
 #include "shared/vemtra/client/src_root.h"
+#include "shared/vemtra/tallyfold/checked_alloc.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 
 static const int32_t SPI_INITIAL_BUFFER = 4096;
@@ -35,7 +36,7 @@ static spi_buffer full_path_module_buff; /* resolved module path */
 static void vemtra_Spi_Buffer_Create(spi_buffer *buffer, int32_t capacity)
 {
     free(buffer->text);
-    buffer->text = static_cast<char *>(malloc(static_cast<size_t>(capacity)));
+    buffer->text = static_cast<char *>(VEMTRA_Malloc(static_cast<size_t>(capacity)));
     buffer->text[0] = '\0';
     buffer->capacity = capacity;
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <unistd.h>
 
+#include "shared/vemtra/tallyfold/checked_alloc.h"
 #include "shared/vemtra/tallyfold/tool_message.h"
 
 char VEMTRA_src_root_dir[VEMTRA_PATH_MAX + 2] = "";
@@ -90,7 +91,7 @@ char *VEMTRA_Get_Src_Root_Env(void)
     const char *value = getenv("TARSK_PROF_SRC_ROOT");
     if (value == nullptr)
         return nullptr;
-    return strdup(vemtra_Simplify_Path(value));
+    return VEMTRA_Strdup(vemtra_Simplify_Path(value));
 }
 
 const char *vemtra_Physical_Dir(const char *dir)

@@ -53,6 +53,8 @@ typedef struct SPI_LINE_HEADER_S {
 
 /* ---- dynamic profile: one function's entry in the sorted directory ---- */
 typedef struct DPI_DIRECTORY_ENTRY {
+    /* The three names belong to the open file (its bytes, or strings it
+     * made once for every entry that shares them); never freed one by one. */
     char *file_name;              /* source file, after source-root and link adjustment */
     char *function_name;          /* the function's name */
     char *lookup_key;             /* file name ' function name ' : the sort key */
@@ -72,7 +74,8 @@ typedef struct DPI_DIRECTORY_ENTRY {
 } DPI_DIRECTORY_ENTRY;
 
 /* ---- an open dynamic profile file ---- */
-struct VEMTRA_DPI_STREAM; /* cached positioned reads (client/dpi_stream.h) */
+struct VEMTRA_DPI_STREAM; /* positioned reads (client/dpi_stream.h) */
+struct vemtra_string_pool; /* the directory's derived names (client/dpi_file.cpp) */
 
 typedef struct DPI_FILE {
     FILE *fp;                        /* stays open (shared lock) for segment reads */
@@ -86,7 +89,8 @@ typedef struct DPI_FILE {
     char *name_field;                /* header name field (512-byte allocation) */
     int32_t has_flow_graph;          /* properties bit 0 */
     uint32_t cursor;                 /* position of the file/function pair walk */
-    struct VEMTRA_DPI_STREAM *stream; /* page-cached reads of fp */
+    struct VEMTRA_DPI_STREAM *stream; /* the file's bytes, read once */
+    struct vemtra_string_pool *strings; /* owns the names the directory derived */
 } DPI_FILE;
 
 /* ---- one decoded function segment ---- */
@@ -135,8 +139,8 @@ typedef struct DPI_SEGMENT {
 
 /* Function-address table record (VEMTRA_Lookup_Func). */
 typedef struct DPI_FUNC_INFO {
-    char *function_name;  /* copy */
-    char *file_name;      /* copy */
+    char *function_name;  /* the directory's (valid while the profile is open) */
+    char *file_name;      /* the directory's */
     uint32_t word_b;
     uint32_t flags;       /* the two attribute bits */
     float frequency;      /* as in the directory */
@@ -144,7 +148,7 @@ typedef struct DPI_FUNC_INFO {
 
 /* Vtable-address table record (VEMTRA_Lookup_Vtbl). */
 typedef struct DPI_VTBL_INFO {
-    char *vtable_name;    /* copy */
+    char *vtable_name;    /* the profile's bytes (valid while it is open) */
 } DPI_VTBL_INFO;
 
 #endif
