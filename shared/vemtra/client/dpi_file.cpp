@@ -358,9 +358,17 @@ static void vemtra_Fill_Entry(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STREAM *
         vemtra_Add_Vtbl_Address(summary.vtable_address, summary.vtable_name);
 }
 
+/* Entries of one (file, function) pair share their key, so a shared key is
+ * known equal without reading it: that keeps many segments naming one long
+ * string from costing its length at every comparison. */
+static bool vemtra_Same_Key(const DPI_DIRECTORY_ENTRY &a, const DPI_DIRECTORY_ENTRY &b)
+{
+    return a.lookup_key == b.lookup_key || strcmp(a.lookup_key, b.lookup_key) == 0;
+}
+
 static bool vemtra_Key_Less(const DPI_DIRECTORY_ENTRY &a, const DPI_DIRECTORY_ENTRY &b)
 {
-    return strcmp(a.lookup_key, b.lookup_key) < 0;
+    return a.lookup_key != b.lookup_key && strcmp(a.lookup_key, b.lookup_key) < 0;
 }
 
 int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
@@ -397,8 +405,7 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
 
     /* 7. One warning per group of equal keys; the entries all stay. */
     for (size_t i = 1; i < entries.size(); i++) {
-        if (strcmp(entries[i].lookup_key, entries[i - 1].lookup_key) == 0 &&
-            (i == 1 || strcmp(entries[i - 1].lookup_key, entries[i - 2].lookup_key) != 0))
+        if (vemtra_Same_Key(entries[i], entries[i - 1]) && (i == 1 || !vemtra_Same_Key(entries[i - 1], entries[i - 2])))
             VEMTRA_Tool_Warning(MSG_MULTIPLE, input_file->file_name, entries[i].lookup_key);
     }
 
