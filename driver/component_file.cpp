@@ -119,6 +119,18 @@ static void classifyLine(const std::string &line, const char *path)
     moduleName.push_back(pattern);
 }
 
+/* Closes the file when a documented exit unwinds through the reading
+ * instead of ending the process (a build that returns such exits to its
+ * caller); the normal path closes it itself and checks the close. */
+struct ComponentFileGuard {
+    FILE *file;
+    ~ComponentFileGuard()
+    {
+        if (file != nullptr)
+            fclose(file);
+    }
+};
+
 int getModuleNames(const char *path)
 {
     if (path == nullptr)
@@ -132,11 +144,13 @@ int getModuleNames(const char *path)
     }
 
     /* 2. Classify every line. */
+    ComponentFileGuard guard{file};
     std::string line;
     while (readComponentLine(file, line))
         classifyLine(line, path);
 
     /* 3. Close. */
+    guard.file = nullptr;
     if (fclose(file) != 0)
         fprintf(stderr, MSG_CANNOT_CLOSE, path);
 

@@ -4,7 +4,7 @@
 # installed.
 set -eu
 
-PACKAGES="g++ cmake ninja-build libgtest-dev imagemagick chromium"
+PACKAGES="g++ cmake ninja-build libgtest-dev imagemagick chromium clang libclang-rt-14-dev"
 
 missing=""
 for package in $PACKAGES; do
@@ -21,7 +21,7 @@ if [ -n "$missing" ]; then
     fi
     $SUDO apt-get update
     # shellcheck disable=SC2086
-    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y --no-install-recommends $missing
+    DEBIAN_FRONTEND=noninteractive $SUDO apt-get -o DPkg::Lock::Timeout=600 install -y --no-install-recommends $missing
 fi
 
 # Node and npm for the browser check: Debian's packages, unless a node with
@@ -33,5 +33,5 @@ if ! command -v node >/dev/null 2>&1 || ! command -v npm >/dev/null 2>&1; then
         SUDO=sudo
     fi
     $SUDO apt-get update
-    DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y --no-install-recommends nodejs npm
+    DEBIAN_FRONTEND=noninteractive $SUDO apt-get -o DPkg::Lock::Timeout=600 install -y --no-install-recommends nodejs npm
 fi
