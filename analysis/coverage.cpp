@@ -13,7 +13,7 @@
 #include "driver/console.h"
 #include "driver/run_state.h"
 #include "driver/settings.h"
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 #include "shared/vemtra/client/dpi_file.h"
 #include "shared/vemtra/client/dpi_segment.h"
 #include "shared/vemtra/tallyfold/assertx.h"

@@ -16,7 +16,7 @@
 #include "driver/demangle.h"
 #include "driver/run_state.h"
 #include "driver/settings.h"
-#include "report/percent_format.h"
+#include "analysis/percent_format.h"
 #include "shared/vemtra/client/dpi_file.h"
 #include "shared/vemtra/client/dpi_segment.h"
 

@@ -24,7 +24,7 @@
 #include "driver/run_state.h"
 #include "driver/settings.h"
 #include "driver/usage.h"
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 #include "report/file_table.h"
 #include "report/line_coverage.h"
 #include "report/naming.h"

@@ -6,7 +6,7 @@
 
 #include "driver/console.h"
 #include "driver/number_format.h"
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 
 static const char COUNTER_LINE_START[] = "        <a style=\"background-color: %s\">";
 static const char COUNTER_LINE_END[] = "</a>\n";

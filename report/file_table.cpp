@@ -11,7 +11,7 @@
 #include "report/html_escape.h"
 #include "report/naming.h"
 #include "report/page_foot.h"
-#include "report/percent_format.h"
+#include "analysis/percent_format.h"
 #include "report/table_markup.h"
 #include "report/table_sort.h"
 #include "shared/vemtra/tallyfold/checked_io.h"

@@ -3,7 +3,7 @@
 #ifndef VEMCOV_REPORT_FILE_TABLE_H
 #define VEMCOV_REPORT_FILE_TABLE_H
 
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 #include "report/sort_order.h"
 
 /* The covered-file table `name` in the orders 1, -1, 2, -2, 3 and -3. True

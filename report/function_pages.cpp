@@ -10,7 +10,7 @@
 #include "report/file_frameset.h"
 #include "report/html_escape.h"
 #include "report/naming.h"
-#include "report/percent_format.h"
+#include "analysis/percent_format.h"
 #include "report/table_sort.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 

@@ -6,7 +6,7 @@
 
 #include "analysis/coverage_state.h"
 #include "driver/settings.h"
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 #include "report/file_frameset.h"
 #include "report/function_pages.h"
 #include "report/naming.h"

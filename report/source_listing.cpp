@@ -7,10 +7,10 @@
 
 #include "analysis/comment_parser.h"
 #include "report/colors.h"
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 #include "report/naming.h"
 #include "report/page_foot.h"
-#include "report/percent_format.h"
+#include "analysis/percent_format.h"
 #include "report/source_reader.h"
 
 static const char HEAD_START[] =

@@ -9,7 +9,7 @@
 #include "driver/settings.h"
 #include "report/maker_credit.h"
 #include "report/naming.h"
-#include "report/percent_format.h"
+#include "analysis/percent_format.h"
 #include "report/table_markup.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 

@@ -10,7 +10,7 @@
 #include "analysis/comment_parser.h"
 #include "analysis/coverage_state.h"
 #include "report/counter_lines.h"
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 #include "report/source_listing.h"
 #include "tests/fuzz/fuzz_exit.h"
 #include "tests/fuzz/fuzz_input.h"

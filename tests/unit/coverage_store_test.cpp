@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 #include "tests/support/capture.h"
 #include "tests/support/profile_writer.h"
 #include "tests/support/scratch_dir.h"

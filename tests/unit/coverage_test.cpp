@@ -16,7 +16,7 @@
 #include "analysis/coverage_state.h"
 #include "driver/run_state.h"
 #include "driver/settings.h"
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 #include "shared/vemtra/client/dpi_file.h"
 #include "tests/support/capture.h"
 #include "tests/support/profile_writer.h"

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "analysis/coverage_state.h"
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 #include "report/line_coverage.h"
 #include "tests/support/capture.h"
 #include "tests/support/scratch_dir.h"

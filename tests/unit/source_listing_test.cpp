@@ -12,7 +12,7 @@
 #include "analysis/comment_parser.h"
 #include "analysis/coverage_state.h"
 #include "report/colors.h"
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 #include "report/source_listing.h"
 #include "tests/support/memory_stream.h"
 #include "tests/support/scenario.h"

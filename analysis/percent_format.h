@@ -1,6 +1,6 @@
 /* percent_format.h -- the percentage rule of the report's pages. */
-#ifndef VEMCOV_REPORT_PERCENT_FORMAT_H
-#define VEMCOV_REPORT_PERCENT_FORMAT_H
+#ifndef VEMCOV_ANALYSIS_PERCENT_FORMAT_H
+#define VEMCOV_ANALYSIS_PERCENT_FORMAT_H
 
 #include <cstdint>
 

@@ -1,5 +1,5 @@
 /* percent_format.cpp -- percentages and their rounding for printing. */
-#include "report/percent_format.h"
+#include "analysis/percent_format.h"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
 /* coverage_store.cpp -- the run's coverage store: the file list with its
  * totals, and the position table of the current source file. */
-#include "report/coverage_store.h"
+#include "analysis/coverage_store.h"
 
 #include <cstdio>
 #include <cstdlib>

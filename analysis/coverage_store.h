@@ -1,8 +1,8 @@
 /* coverage_store.h -- the run's coverage store: the list of every source
  * file with its totals, and the (line, column) position table of the file
  * being processed. */
-#ifndef VEMCOV_REPORT_COVERAGE_STORE_H
-#define VEMCOV_REPORT_COVERAGE_STORE_H
+#ifndef VEMCOV_ANALYSIS_COVERAGE_STORE_H
+#define VEMCOV_ANALYSIS_COVERAGE_STORE_H
 
 #include <cstdint>
 #include <string_view>
