@@ -10,10 +10,11 @@
 #include "analysis/block_files.h"
 #include "analysis/comment_parser.h"
 #include "analysis/coverage_state.h"
+#include "analysis/coverage_store.h"
+#include "analysis/module_report.h"
 #include "driver/console.h"
 #include "driver/run_state.h"
 #include "driver/settings.h"
-#include "analysis/coverage_store.h"
 #include "shared/vemtra/client/dpi_file.h"
 #include "shared/vemtra/client/dpi_segment.h"
 #include "shared/vemtra/tallyfold/assertx.h"
@@ -163,6 +164,13 @@ void listFunction(const COMP *c, const FunctionTally &f, bool newFunction)
     }
 }
 
+/* The function's record in the report model. */
+void reportFunction(const COMP *c, const FunctionTally &f, uint64_t entries, bool called)
+{
+    currentModule.functions.push_back(FunctionReport{c->name, c->procName, static_cast<uint32_t>(c->line),
+                                                     f.blocks - f.infeasible, f.covered, entries, called});
+}
+
 /* Step 4 for one entry. Returns false when the store refuses a block. */
 bool processFunction(COMP *c, const char *fileName, ModuleTally &m)
 {
@@ -207,6 +215,7 @@ bool processFunction(COMP *c, const char *fileName, ModuleTally &m)
         }
         if (reference != nullptr)
             VEMTRA_Free_Segment(reference);
+        reportFunction(c, f, 0, false);
         listFunction(c, f, newFunction);
         return true;
     }
@@ -221,6 +230,7 @@ bool processFunction(COMP *c, const char *fileName, ModuleTally &m)
         fputs(MSG_ASSIGNING, stderr);
     }
     ++m.withCounts;
+    const uint64_t entries = functionFrequency(s);
 
     /* g. More blocks than the static profile knows of. */
     if (s->block_cnt > c->block_count) {
@@ -311,6 +321,7 @@ bool processFunction(COMP *c, const char *fileName, ModuleTally &m)
         VEMTRA_Free_Segment(reference);
 
     /* 5. */
+    reportFunction(c, f, entries, true);
     listFunction(c, f, newFunction);
     return true;
 }
@@ -375,6 +386,7 @@ bool markBlocks(COMP *first)
     /* 1. The module's records and its position table. */
     functionCoverage = 0.0;
     blockCoverage = 0.0;
+    startModuleReport(&currentModule, fileName);
     writeModuleOpen(outtxt, outxml, fileName);
     if (!g_cl.bAddFilename(fileName))
         return false;
@@ -433,6 +445,14 @@ bool markBlocks(COMP *first)
     entry->totalBlocks = m.blocks;
     entry->coveredBlocks = m.coveredBlocks;
     entry->blockPercent = blockCoverage;
+
+    currentModule.functionsTotal = m.functions;
+    currentModule.functionsCovered = coveredFunctions;
+    currentModule.blocksTotal = m.blocks;
+    currentModule.blocksCovered = m.coveredBlocks;
+    currentModule.functionPercent = functionCoverage;
+    currentModule.blockPercent = blockCoverage;
+    currentModule.covered = status == FILE_COVERED;
 
     ++totalNumberOfFiles;
     if (status == FILE_COVERED)

@@ -35,12 +35,33 @@ static const char MSG_NO_DB_USER[] = "ERROR: user name to access the database ha
 static const char MSG_NO_DB_PASSWORD[] = "ERROR: password to access the database has to be specified for this option.\n";
 static const char MSG_NO_CALL_GRAPH_FILE[] = "ERROR: file name for CallGraph output is not specified.\n";
 
+static const char MSG_BAD_PERCENT[] = "ERROR: %s takes a percentage from 0 to 100, not '%s'.\n";
+static const char MSG_FULL_REPORT_ONLY[] =
+    "ERROR: option %s works on the full report only; it cannot be combined with %s.\n";
+
 /* The word that makes -icolor leave information lines uncoloured. */
 static const char ICOLOR_FLOATING[] = "floating";
 
 /* Arguments that ask for the usage text, and for the External options. */
 static const char *const HELP_WORDS[] = {"-?", "/?", "-help", "/help", "-h", "/h"};
 static const char *const HELPX_WORDS[] = {"-helpx", "/helpx"};
+
+/* Words that print the version, and the usage text as plain help. */
+static const char *const VERSION_WORDS[] = {"--version", "-version"};
+static const char *const PLAIN_HELP_WORDS[] = {"--help"};
+
+/* A coverage gate's percentage: a decimal number from 0 to 100, whole. A
+ * value that is not ends the run with status 1. */
+static double parseGate(const char *option, const char *value)
+{
+    char *end = nullptr;
+    double percent = strtod(value, &end);
+    if (end == value || *end != '\0' || !(percent >= 0.0 && percent <= 100.0)) {
+        fprintf(stderr, MSG_BAD_PERCENT, option, value);
+        tvx_Exit(1);
+    }
+    return percent;
+}
 
 /* How an option treats the argument after it. */
 enum ValueRule {
@@ -175,6 +196,12 @@ static const OptionRule OPTIONS[] = {
          html_output = 0;
          g_lpszCallGraphOut = v;
      }},
+    /* vemcov's own options, after the documented ones. */
+    {"-lcov", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszLcovOut = v; }},
+    {"-json", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszJsonOut = v; }},
+    {"-summary", NO_VALUE, nullptr, [](char *) { g_bSummary = 1; }},
+    {"-minblock", VALUE_OR_USAGE, nullptr, [](char *v) { g_minBlockPercent = parseGate("-minblock", v); }},
+    {"-minfunc", VALUE_OR_USAGE, nullptr, [](char *v) { g_minFuncPercent = parseGate("-minfunc", v); }},
 };
 
 template <size_t N>
@@ -215,6 +242,14 @@ static bool scanArguments(int argc, char **argv)
         const char *arg = argv[i];
         if (isOneOf(arg, HELP_WORDS))
             return false;
+        if (isOneOf(arg, VERSION_WORDS)) {
+            printf("vemcov %s\n", VEMCOV_VERSION);
+            tvx_Exit(0);
+        }
+        if (isOneOf(arg, PLAIN_HELP_WORDS)) {
+            printUsage(stdout, argv[0]);
+            tvx_Exit(0);
+        }
         if (isOneOf(arg, HELPX_WORDS)) {
             printExternalOptions(stdout);
             tvx_Exit(1);
@@ -249,6 +284,48 @@ static bool scanArguments(int argc, char **argv)
     return true;
 }
 
+/* The first export or gate option given, or null. */
+static const char *exportOption()
+{
+    if (g_lpszLcovOut != nullptr)
+        return "-lcov";
+    if (g_lpszJsonOut != nullptr)
+        return "-json";
+    if (g_bSummary)
+        return "-summary";
+    if (g_minBlockPercent >= 0.0)
+        return "-minblock";
+    if (g_minFuncPercent >= 0.0)
+        return "-minfunc";
+    return nullptr;
+}
+
+/* Exports and gates are made from the full report's numbers: with -ref
+ * (differential numbers) or on the fast road they are refused. */
+static void refuseExportsOffTheFullReport()
+{
+    const char *option = exportOption();
+    if (option == nullptr)
+        return;
+    const char *other = nullptr;
+    if (compWithRef)
+        other = "-ref";
+    else if (g_lpszTextOut != nullptr)
+        other = "-txtfcvrg";
+    else if (g_lpszXMLOut != nullptr)
+        other = "-xmlfcvrg";
+    else if (g_lpszbTextOut != nullptr)
+        other = "-txtbcvrg";
+    else if (g_lpszbXMLOut != nullptr)
+        other = "-xmlbcvrg";
+    else if (g_bCallGraph)
+        other = "-txtdcg";
+    if (other == nullptr)
+        return;
+    fprintf(stderr, MSG_FULL_REPORT_ONLY, option, other);
+    tvx_Exit(1);
+}
+
 bool bParseCommandLine(int argc, char **argv)
 {
     /* 1. Defaults; 2. a bare run skips the scan. */
@@ -273,6 +350,9 @@ bool bParseCommandLine(int argc, char **argv)
             g_bXCOUNTS = 0;
         }
     }
+
+    /* The exports and gates read the full report's numbers. */
+    refuseExportsOffTheFullReport();
 
     /* 7. After every colour option, so -ccolor counts wherever it stands. */
     if (g_bNoPartial)

@@ -6,7 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
+#include <vector>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,7 +16,9 @@
 #include "analysis/comment_parser.h"
 #include "analysis/coverage.h"
 #include "analysis/coverage_state.h"
+#include "analysis/coverage_store.h"
 #include "analysis/fast_coverage.h"
+#include "analysis/module_report.h"
 #include "driver/banner.h"
 #include "driver/component_file.h"
 #include "driver/console.h"
@@ -22,14 +26,13 @@
 #include "driver/options.h"
 #include "driver/output_files.h"
 #include "driver/run_state.h"
+#include "driver/run_summary.h"
 #include "driver/settings.h"
 #include "driver/usage.h"
-#include "analysis/coverage_store.h"
-#include "report/file_table.h"
-#include "report/line_coverage.h"
+#include "report/json_writer.h"
+#include "report/lcov_writer.h"
+#include "report/legacy_html_writer.h"
 #include "report/naming.h"
-#include "report/summary.h"
-#include "report/toolbar.h"
 #include "shared/vemtra/client/dpi_file.h"
 #include "shared/vemtra/client/src_root.h"
 #include "shared/vemtra/tallyfold/tool_message.h"
@@ -141,18 +144,36 @@ static void writeFastFiles(const OutputFiles &outputs)
         tvx_Exit(1);
 }
 
+/* The writers of the full road, in the order they write: the documented
+ * HTML report first, then the exports the options ask for. */
+static std::vector<std::unique_ptr<ReportWriter>> reportWriters()
+{
+    std::vector<std::unique_ptr<ReportWriter>> writers;
+    writers.push_back(std::make_unique<LegacyHtmlWriter>());
+    if (g_lpszLcovOut != nullptr)
+        writers.push_back(std::make_unique<LcovWriter>(g_lpszLcovOut));
+    if (g_lpszJsonOut != nullptr)
+        writers.push_back(std::make_unique<JsonWriter>(g_lpszJsonOut, g_lpszProjName));
+    return writers;
+}
+
 /* Step 16: the full road, module by module: order the module's functions,
  * find its infeasible lines, compute its coverage (which also writes its
- * part of the full block files), write its pages, then release its state.
- * The meter counts every component. */
-static void analyseModules()
+ * part of the full block files), hand the module's report to every writer,
+ * then release its state. The meter counts every component. */
+static void analyseModules(std::vector<std::unique_ptr<ReportWriter>> &writers)
 {
-    ListingWorkArea listingWork;
+    bool positions = false;
+    for (const auto &writer : writers)
+        positions = positions || writer->readsPositions();
     for (COMP *first = componentList; first != nullptr;) {
         order_func(first);
         pars = new parser(first->fileName, one_line_disable, start_disable_block, end_disable_block);
-        if (markBlocks(first) && !g_bNoHTML && !bOutputLineCoverage(g_lpszOutFileExt, &listingWork))
-            tvx_Exit(1);
+        bool analysed = markBlocks(first);
+        if (positions)
+            collectPositions(&currentModule, g_cl, pars);
+        for (const auto &writer : writers)
+            writer->module(currentModule, analysed);
         delete pars;
         pars = nullptr;
         tickProgressMeter();
@@ -169,40 +190,19 @@ static void analyseModules()
     }
 }
 
-/* Step 15: the report directory (an existing one is reused, so the result
- * is not checked) and the report's fixed files: images, help and toolbar. */
-static void startReport()
+/* Steps 15 to 17: the writers' start (the report directory and its fixed
+ * files come before the meter starts), the modules, the writers' end. */
+static RunReport writeFullRoad()
 {
-    if (g_bNoHTML)
-        return;
-    mkdir(REPORT_DIR, 040777);
-    if (!createToolBar(g_lpszOutFileExt))
-        tvx_Exit(1);
-}
-
-/* Step 17: the covered-file and uncovered-file tables, each only when it has
- * files, then the summary page and the root frameset. */
-static void finishReport()
-{
-    if (g_bNoHTML)
-        return;
-    int coveredCount = 0, uncoveredCount = 0;
-    filename_list_node **covered = nullptr, **uncovered = nullptr;
-    if (g_cl.uiGetFilenames(&coveredCount, &covered, &uncoveredCount, &uncovered) == -1)
-        tvx_Exit(1);
-    if (coveredCount > 0
-        && !bCreateCovProfMain(COVERED_FILES_PAGE, g_lpszOutFileExt, g_lpszProjName, coveredCount, covered))
-        tvx_Exit(1);
-    if (uncoveredCount > 0
-        && !bCreateUnCovProfMain(UNCOVERED_FILES_PAGE, g_lpszOutFileExt, g_lpszProjName, uncoveredCount,
-                                 uncovered))
-        tvx_Exit(1);
-    if (!bCreateSummary(g_lpszProjName, ROOT_PAGE, SUMMARY_PAGE,
-                        coveredCount > 0 ? COVERED_FILES_PAGE : nullptr,
-                        uncoveredCount > 0 ? UNCOVERED_FILES_PAGE : nullptr, g_lpszOutFileExt))
-        tvx_Exit(1);
-    free(covered);
-    free(uncovered);
+    std::vector<std::unique_ptr<ReportWriter>> writers = reportWriters();
+    for (const auto &writer : writers)
+        writer->beginRun();
+    startProgressMeter(numComponents);
+    analyseModules(writers);
+    const RunReport run = runReport();
+    for (const auto &writer : writers)
+        writer->endRun(run);
+    return run;
 }
 
 int vemcov_Run(int argc, char **argv)
@@ -223,18 +223,18 @@ int vemcov_Run(int argc, char **argv)
     readComponentFile();
     buildComponentList(g_lpszSPIFileName);
 
-    if (html_output) {
-        startReport();
-        startProgressMeter(numComponents);
-        analyseModules();
-        finishReport();
-    } else {
+    RunReport run = {};
+    if (html_output)
+        run = writeFullRoad();
+    else
         writeFastFiles(outputs);
-    }
 
     closeOutputFiles(&outputs);
 
     freeSettingStrings();
     endProgressMeter();
-    return 0;
+    /* After every output is written: the totals, then the gates. */
+    if (g_bSummary)
+        printRunSummary(stdout, run);
+    return coverageGateStatus(run, g_minBlockPercent, g_minFuncPercent);
 }

@@ -31,6 +31,11 @@ extern char *g_lpszbXMLOut;          /* argv; -xmlbcvrg */
 extern char *g_lpszbfullTextOut;     /* argv; -txtbcvrgfull */
 extern char *g_lpszbfullXMLOut;      /* argv; -xmlbcvrgfull */
 extern char *g_lpszCallGraphOut;     /* argv; -txtdcg */
+extern char *g_lpszLcovOut;          /* argv; -lcov, or null */
+extern char *g_lpszJsonOut;          /* argv; -json, or null */
+extern int g_bSummary;               /* -summary: totals on standard output */
+extern double g_minBlockPercent;     /* -minblock, or a negative value for none */
+extern double g_minFuncPercent;      /* -minfunc, or a negative value for none */
 extern int g_bCallGraph;             /* -txtdcg given */
 extern int html_output;              /* 1: full road; 0: fast text/XML road */
 extern int g_bNoHTML;                /* -nohtml: full road without HTML */

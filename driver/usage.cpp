@@ -167,13 +167,49 @@ static const char EXTERNAL_OPTIONS[] =
     "        Turns off the generation of html page.\n"
     "\n";
 
+/* vemcov's own options, after the documented texts. */
+static const char USAGE_EXTENSION[] =
+    "Options for continuous integration: \n"
+    "\n"
+    "   [-lcov <filename>] [-json <filename>] [-summary]\n"
+    "   [-minblock percent] [-minfunc percent] [--version] [--help]\n"
+    "\n"
+    "   -lcov <filename>\n"
+    "        Writes the coverage as an LCOV tracefile (genhtml, CI services).\n"
+    "\n"
+    "   -json <filename>\n"
+    "        Writes the report's numbers as a JSON summary.\n"
+    "\n"
+    "   -summary\n"
+    "        Prints the totals of files, functions and blocks on standard output.\n"
+    "\n"
+    "   -minblock percent\n"
+    "   -minfunc percent\n"
+    "        After every output is written, ends with status 3 when the block\n"
+    "        (function) coverage is below percent, a number from 0 to 100.\n"
+    "\n"
+    "   These work on the full report, with or without -nohtml; they cannot be\n"
+    "   combined with -ref or with the text, XML and call-graph options that\n"
+    "   skip the report.\n"
+    "\n"
+    "   --version\n"
+    "        Prints the version and ends.\n"
+    "\n"
+    "   --help\n"
+    "        Prints this text on standard output and ends with status 0.\n"
+    "\n";
+
+const char VEMCOV_VERSION[] = "1.1.0";
+
 void printUsage(FILE *stream, const char *program)
 {
     fprintf(stream, USAGE_HEAD, program);
     fputs(USAGE_BODY, stream);
+    fputs(USAGE_EXTENSION, stream);
 }
 
 void printExternalOptions(FILE *stream)
 {
     fputs(EXTERNAL_OPTIONS, stream);
+    fputs(USAGE_EXTENSION, stream);
 }

@@ -8,6 +8,9 @@
  * option) to `stream`. */
 void printUsage(FILE *stream, const char *program);
 
+/* The version that --version prints. */
+extern const char VEMCOV_VERSION[];
+
 /* Writes the External options text of "-helpx" (the TVX database options
  * and -nohtml) to `stream`. */
 void printExternalOptions(FILE *stream);

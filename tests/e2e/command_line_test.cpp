@@ -37,7 +37,7 @@ TEST(CommandLine, HelpWordsAndBadArgumentsPrintUsage)
         ExpectUsage(help, s.run({"-counts", option}));
 
     // An unknown argument is named; it ends the scan before -helpx is seen.
-    const std::vector<std::string> wrongs = {"-SPI", "-spi=a", "--help", "vemtra.spi", "-helpx2", "",
+    const std::vector<std::string> wrongs = {"-SPI", "-spi=a", "--helpme", "vemtra.spi", "-helpx2", "",
                                              std::string(100000, 'x'), "\xff\x80-\xc3"};
     for (const std::string &wrong : wrongs)
         ExpectUsage(help, s.run({wrong, "-helpx"}),

@@ -1,0 +1,54 @@
+/* module_report.cpp -- filling the report model from the analysis. */
+#include "analysis/module_report.h"
+
+#include <algorithm>
+
+#include "analysis/comment_parser.h"
+#include "analysis/coverage_state.h"
+#include "analysis/coverage_store.h"
+
+ModuleReport currentModule;
+
+void startModuleReport(ModuleReport *module, const char *path)
+{
+    module->path = path;
+    module->readable = false;
+    module->positions.clear();
+    module->functions.clear();
+    module->functionsTotal = module->functionsCovered = 0;
+    module->blocksTotal = module->blocksCovered = 0;
+    module->functionPercent = module->blockPercent = 0.0;
+    module->covered = false;
+}
+
+void collectPositions(ModuleReport *module, const coverage_list &store, const parser *markers)
+{
+    const file_list_node *file = store.currentFile;
+    module->readable = file != nullptr && file->lineTable != nullptr;
+    if (!module->readable)
+        return;
+    for (uint32_t line = 0; line <= file->lineSlots; ++line) {
+        for (const block_list_node *node = file->lineTable[line]; node != nullptr; node = node->next) {
+            PositionReport position;
+            position.line = node->line;
+            position.column = node->column;
+            position.neverCalled = node->count == NEVER_EXECUTED;
+            position.count = position.neverCalled ? 0 : node->count;
+            position.blocks = node->numBlocks;
+            position.executed = node->numExecuted;
+            position.newFunction = node->newFunction;
+            position.infeasible = markers != nullptr && markers->is_disabled_line(node->line);
+            module->positions.push_back(position);
+        }
+    }
+    std::sort(module->positions.begin(), module->positions.end(),
+              [](const PositionReport &a, const PositionReport &b) {
+                  return a.line != b.line ? a.line < b.line : a.column < b.column;
+              });
+}
+
+RunReport runReport()
+{
+    return RunReport{totalNumberOfFiles,  totalNumberOfFilesCovered, totalNumberOfProcs,
+                     totalNumberOfProcsCovered, totalNumberOfBlocks, totalNumberOfBlocksCovered};
+}

@@ -1,0 +1,79 @@
+/* module_report.h -- the report model: what the analysis found for one
+ * module (one source file) and for the whole run, in plain records that
+ * every output writer reads. A writer prints these numbers; it never counts
+ * anything again, so all outputs agree by construction.
+ */
+#ifndef VEMCOV_ANALYSIS_MODULE_REPORT_H
+#define VEMCOV_ANALYSIS_MODULE_REPORT_H
+
+#include <cstdint>
+#include <vector>
+
+class coverage_list;
+class parser;
+
+/* One recorded source position: what the blocks starting there add up to. */
+struct PositionReport {
+    uint32_t line;
+    uint32_t column;
+    uint64_t count;        /* summed execution count; 0 also for a never-called function */
+    uint32_t blocks;       /* blocks that start here */
+    uint32_t executed;     /* of them with a count above 0 */
+    bool neverCalled;      /* the mark of a function without a segment */
+    bool newFunction;      /* -ref: inside a function new to the reference */
+    bool infeasible;       /* on a line that markers exclude */
+};
+
+/* One function the module's totals count (functions left out by markers or
+ * by their generated names are not here). */
+struct FunctionReport {
+    const char *name;      /* display name */
+    const char *procName;  /* name as the profiles record it */
+    uint32_t line;         /* first line */
+    uint32_t blocks;       /* feasible blocks */
+    uint32_t covered;      /* feasible blocks with a count above 0 */
+    uint64_t entries;      /* calls: the entry blocks' counts summed as floats, truncated */
+    bool called;           /* the dynamic profile holds a segment for it; this is what
+                              makes it count as a covered function */
+};
+
+/* One module. Percentages are 100 x covered / total, 0.0 for a total of 0,
+ * unrounded (writers round when they print). */
+struct ModuleReport {
+    const char *path;                       /* the source path as the profiles resolve it */
+    bool readable;                          /* the source could be read (else no positions) */
+    std::vector<PositionReport> positions;  /* ascending by line, then column */
+    std::vector<FunctionReport> functions;  /* in the order the analysis met them */
+    uint32_t functionsTotal;
+    uint32_t functionsCovered;              /* -ref: newly covered functions */
+    uint64_t blocksTotal;
+    uint64_t blocksCovered;
+    double functionPercent;
+    double blockPercent;
+    bool covered;                           /* counts among the covered files */
+};
+
+/* The run's totals, as the summary page shows them. */
+struct RunReport {
+    uint64_t files;
+    uint64_t filesCovered;
+    uint64_t functions;
+    uint64_t functionsCovered;
+    uint64_t blocks;
+    uint64_t blocksCovered;
+};
+
+/* The module being analysed: markBlocks fills its functions and numbers. */
+extern ModuleReport currentModule;
+
+/* Starts the record of the module `path`: empty, numbers 0. */
+void startModuleReport(ModuleReport *module, const char *path);
+
+/* Copies the positions of the store's current file into the record, sorted,
+ * each marked infeasible when `markers` excludes its line. */
+void collectPositions(ModuleReport *module, const coverage_list &store, const parser *markers);
+
+/* The run's totals so far. */
+RunReport runReport();
+
+#endif

@@ -1,0 +1,57 @@
+/* legacy_html_writer.cpp -- the documented HTML report, step by step as
+ * the run has always written it. */
+#include "report/legacy_html_writer.h"
+
+#include <cstdlib>
+#include <sys/stat.h>
+
+#include "analysis/coverage_state.h"
+#include "analysis/coverage_store.h"
+#include "driver/console.h"
+#include "driver/settings.h"
+#include "report/file_table.h"
+#include "report/naming.h"
+#include "report/summary.h"
+#include "report/toolbar.h"
+
+/* The report directory (an existing one is reused, so the result is not
+ * checked) and the report's fixed files: images, help and toolbar. */
+void LegacyHtmlWriter::beginRun()
+{
+    if (g_bNoHTML)
+        return;
+    mkdir(REPORT_DIR, 040777);
+    if (!createToolBar(g_lpszOutFileExt))
+        tvx_Exit(1);
+}
+
+void LegacyHtmlWriter::module(const ModuleReport &, bool analysed)
+{
+    if (analysed && !g_bNoHTML && !bOutputLineCoverage(g_lpszOutFileExt, &listingWork_))
+        tvx_Exit(1);
+}
+
+/* The covered-file and uncovered-file tables, each only when it has files,
+ * then the summary page and the root frameset. */
+void LegacyHtmlWriter::endRun(const RunReport &)
+{
+    if (g_bNoHTML)
+        return;
+    int coveredCount = 0, uncoveredCount = 0;
+    filename_list_node **covered = nullptr, **uncovered = nullptr;
+    if (g_cl.uiGetFilenames(&coveredCount, &covered, &uncoveredCount, &uncovered) == -1)
+        tvx_Exit(1);
+    if (coveredCount > 0
+        && !bCreateCovProfMain(COVERED_FILES_PAGE, g_lpszOutFileExt, g_lpszProjName, coveredCount, covered))
+        tvx_Exit(1);
+    if (uncoveredCount > 0
+        && !bCreateUnCovProfMain(UNCOVERED_FILES_PAGE, g_lpszOutFileExt, g_lpszProjName, uncoveredCount,
+                                 uncovered))
+        tvx_Exit(1);
+    if (!bCreateSummary(g_lpszProjName, ROOT_PAGE, SUMMARY_PAGE,
+                        coveredCount > 0 ? COVERED_FILES_PAGE : nullptr,
+                        uncoveredCount > 0 ? UNCOVERED_FILES_PAGE : nullptr, g_lpszOutFileExt))
+        tvx_Exit(1);
+    free(covered);
+    free(uncovered);
+}
