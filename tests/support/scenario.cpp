@@ -137,6 +137,16 @@ std::map<std::string, std::string> Scenario::outputs() const
     return files;
 }
 
+std::string SourcePath(const std::string &relative)
+{
+    return std::string(VEMCOV_SOURCE_DIR) + "/" + relative;
+}
+
+std::string BuildPath(const std::string &relative)
+{
+    return std::string(VEMCOV_BUILD_DIR) + "/" + relative;
+}
+
 void ExpectSameBytes(const std::string &what, const std::string &expected, const std::string &actual)
 {
     if (expected == actual)

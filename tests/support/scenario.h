@@ -57,6 +57,10 @@ private:
     std::set<std::string> inputs_;
 };
 
+// Paths in the source tree and in the build tree of the suite.
+std::string SourcePath(const std::string &relative);
+std::string BuildPath(const std::string &relative);
+
 // Compares two texts; on difference fails the current test with a unified
 // diff labelled `what`.
 void ExpectSameBytes(const std::string &what, const std::string &expected, const std::string &actual);
