@@ -47,6 +47,25 @@ void collectPositions(ModuleReport *module, const coverage_list &store, const pa
               });
 }
 
+std::vector<LineReport> feasibleLines(const ModuleReport &module)
+{
+    std::vector<LineReport> lines;
+    for (size_t i = 0; i < module.positions.size(); ++i) {
+        const PositionReport &position = module.positions[i];
+        if (position.infeasible || position.line == 0)
+            continue;
+        if (lines.empty() || lines.back().line != position.line)
+            lines.push_back(LineReport{position.line, 0, 0, 0, i, i});
+        LineReport &line = lines.back();
+        line.last = i + 1;
+        if (position.count > line.hits)
+            line.hits = position.count;
+        line.blocks += position.blocks;
+        line.executed += position.executed;
+    }
+    return lines;
+}
+
 RunReport runReport()
 {
     return RunReport{totalNumberOfFiles,  totalNumberOfFilesCovered, totalNumberOfProcs,

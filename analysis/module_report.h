@@ -6,6 +6,7 @@
 #ifndef VEMCOV_ANALYSIS_MODULE_REPORT_H
 #define VEMCOV_ANALYSIS_MODULE_REPORT_H
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -62,6 +63,19 @@ struct RunReport {
     uint64_t blocks;
     uint64_t blocksCovered;
 };
+
+/* One source line that holds feasible recorded positions: what the line-
+ * oriented formats (LCOV, Cobertura) show of it. */
+struct LineReport {
+    uint32_t line;
+    uint64_t hits;       /* the highest count among the line's positions */
+    uint32_t blocks;     /* blocks that start on the line */
+    uint32_t executed;   /* of them with a count above 0 */
+    size_t first, last;  /* its positions: ModuleReport::positions[first, last) */
+};
+
+/* The lines of `module` that hold feasible positions, ascending. */
+std::vector<LineReport> feasibleLines(const ModuleReport &module);
 
 /* The module being analysed: markBlocks fills its functions and numbers. */
 extern ModuleReport currentModule;

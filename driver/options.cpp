@@ -198,6 +198,7 @@ static const OptionRule OPTIONS[] = {
      }},
     /* vemcov's own options, after the documented ones. */
     {"-lcov", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszLcovOut = v; }},
+    {"-cobertura", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszCoberturaOut = v; }},
     {"-json", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszJsonOut = v; }},
     {"-summary", NO_VALUE, nullptr, [](char *) { g_bSummary = 1; }},
     {"-minblock", VALUE_OR_USAGE, nullptr, [](char *v) { g_minBlockPercent = parseGate("-minblock", v); }},
@@ -289,6 +290,8 @@ static const char *exportOption()
 {
     if (g_lpszLcovOut != nullptr)
         return "-lcov";
+    if (g_lpszCoberturaOut != nullptr)
+        return "-cobertura";
     if (g_lpszJsonOut != nullptr)
         return "-json";
     if (g_bSummary)

@@ -29,6 +29,7 @@
 #include "driver/run_summary.h"
 #include "driver/settings.h"
 #include "driver/usage.h"
+#include "report/cobertura_writer.h"
 #include "report/json_writer.h"
 #include "report/lcov_writer.h"
 #include "report/legacy_html_writer.h"
@@ -152,6 +153,8 @@ static std::vector<std::unique_ptr<ReportWriter>> reportWriters()
     writers.push_back(std::make_unique<LegacyHtmlWriter>());
     if (g_lpszLcovOut != nullptr)
         writers.push_back(std::make_unique<LcovWriter>(g_lpszLcovOut));
+    if (g_lpszCoberturaOut != nullptr)
+        writers.push_back(std::make_unique<CoberturaWriter>(g_lpszCoberturaOut));
     if (g_lpszJsonOut != nullptr)
         writers.push_back(std::make_unique<JsonWriter>(g_lpszJsonOut, g_lpszProjName));
     return writers;

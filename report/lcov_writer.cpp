@@ -59,41 +59,23 @@ static void writeFunctions(FILE *out, const ModuleReport &module)
     fprintf(out, "FNF:%zu\nFNH:%u\n", module.functions.size(), hit);
 }
 
-/* The feasible positions of one line, [first, last). */
-struct LineSpan {
-    uint32_t line;
-    size_t first, last;
-};
-
 static void writeLines(FILE *out, const ModuleReport &module)
 {
-    std::vector<LineSpan> lines;
-    for (size_t i = 0; i < module.positions.size(); ++i) {
-        const PositionReport &position = module.positions[i];
-        if (position.infeasible || position.line == 0)
-            continue;
-        if (lines.empty() || lines.back().line != position.line)
-            lines.push_back(LineSpan{position.line, i, i + 1});
-        else
-            lines.back().last = i + 1;
-    }
+    const std::vector<LineReport> lines = feasibleLines(module);
     /* A line with two or more blocks lists each block as a branch: taken
      * when it ran, with its count when it is alone at its position (the
      * store keeps per position how many blocks ran, not each one's count). */
     unsigned branches = 0, branchesTaken = 0;
-    for (const LineSpan &span : lines) {
-        uint32_t blocks = 0;
-        for (size_t i = span.first; i < span.last; ++i)
-            blocks += module.positions[i].blocks;
-        if (blocks < 2)
+    for (const LineReport &line : lines) {
+        if (line.blocks < 2)
             continue;
         unsigned branch = 0;
-        for (size_t i = span.first; i < span.last; ++i) {
+        for (size_t i = line.first; i < line.last; ++i) {
             const PositionReport &position = module.positions[i];
             for (uint32_t block = 0; block < position.blocks; ++block, ++branch) {
                 bool taken = block < position.executed;
                 uint64_t count = taken ? (position.blocks == 1 ? position.count : 1) : 0;
-                fprintf(out, "BRDA:%" PRIu32 ",0,%u,%" PRIu64 "\n", span.line, branch, count);
+                fprintf(out, "BRDA:%" PRIu32 ",0,%u,%" PRIu64 "\n", line.line, branch, count);
                 ++branches;
                 branchesTaken += taken;
             }
@@ -102,13 +84,9 @@ static void writeLines(FILE *out, const ModuleReport &module)
     fprintf(out, "BRF:%u\nBRH:%u\n", branches, branchesTaken);
 
     unsigned linesHit = 0;
-    for (const LineSpan &span : lines) {
-        uint64_t highest = 0;
-        for (size_t i = span.first; i < span.last; ++i)
-            if (module.positions[i].count > highest)
-                highest = module.positions[i].count;
-        fprintf(out, "DA:%" PRIu32 ",%" PRIu64 "\n", span.line, highest);
-        linesHit += highest > 0;
+    for (const LineReport &line : lines) {
+        fprintf(out, "DA:%" PRIu32 ",%" PRIu64 "\n", line.line, line.hits);
+        linesHit += line.hits > 0;
     }
     fprintf(out, "LF:%zu\nLH:%u\n", lines.size(), linesHit);
 }

@@ -4,7 +4,7 @@
 # installed.
 set -eu
 
-PACKAGES="g++ cmake ninja-build libgtest-dev imagemagick chromium clang libclang-rt-14-dev"
+PACKAGES="g++ cmake ninja-build libgtest-dev imagemagick chromium clang libclang-rt-14-dev lcov libxml2-utils"
 
 missing=""
 for package in $PACKAGES; do

@@ -41,14 +41,15 @@ void WriteExportProject(Scenario &scenario)
     scenario.writeProfiles(p);
 }
 
-TEST(Exports, LcovJsonAndSummaryOfOneRun)
+TEST(Exports, LcovCoberturaJsonAndSummaryOfOneRun)
 {
     Scenario scenario;
     WriteExportProject(scenario);
     RunResult result =
-        scenario.run({"-nopmeter", "-nohtml", "-prj", "calc", "-lcov", "cov.info", "-json", "cov.json", "-summary"});
+        scenario.run({"-nopmeter", "-nohtml", "-prj", "calc", "-lcov", "cov.info", "-json", "cov.json", "-summary",
+                      "-cobertura", "cov.xml"});
     EXPECT_EQ(0, result.status) << result.err;
-    testsupport::ExpectGolden("exports_lcov_json_summary", scenario, result);
+    testsupport::ExpectGolden("exports_of_one_run", scenario, result);
 }
 
 TEST(Exports, GatesEndWithStatus3BelowTheThresholdAnd0AtIt)
@@ -124,8 +125,10 @@ std::string Captured(const std::string &text, const std::string &pattern)
 }
 
 // genhtml renders the example's tracefile without a warning, and its
-// function totals are the summary page's; the JSON totals are too.
-TEST(Exports, GenhtmlAndJsonAgreeWithTheSummaryPageOnTheExample)
+// function totals are the summary page's; the JSON totals and the Cobertura
+// root's block figures are too, and xmllint finds the Cobertura file valid
+// against the format's DTD.
+TEST(Exports, RealToolsAgreeWithTheSummaryPageOnTheExample)
 {
     Scenario scenario;
     RunResult made = testsupport::RunProgram(testsupport::ProgramRun{
@@ -134,7 +137,7 @@ TEST(Exports, GenhtmlAndJsonAgreeWithTheSummaryPageOnTheExample)
     ASSERT_EQ(0, made.status) << made.err;
     RunResult result = scenario.run({"-nopmeter", "-counts", "-onelinedsbl", "NOT_FEASIBLE", "-beginblkdsbl",
                                      "BEGIN_DEBUG_ONLY", "-endblkdsbl", "END_DEBUG_ONLY", "-lcov", "example.info",
-                                     "-json", "example.json"});
+                                     "-json", "example.json", "-cobertura", "example.xml"});
     ASSERT_EQ(0, result.status) << result.err;
     std::vector<std::string> cells = SummaryCells(scenario.read("CodeCoverage/__CODE_COVERAGE.HTML"));
     ASSERT_EQ(12u, cells.size());
@@ -154,6 +157,18 @@ TEST(Exports, GenhtmlAndJsonAgreeWithTheSummaryPageOnTheExample)
     EXPECT_EQ(cells[8], Captured(json, R"("totals":\{[^}]*"blocks":(\d+))"));
     EXPECT_EQ(cells[9], Captured(json, R"("totals":\{[^}]*"blocks_covered":(\d+))"));
     EXPECT_EQ(cells[11], Captured(json, R"("totals":\{[^}]*"block_percent":([0-9.]+))"));
+
+    RunResult xmllint = testsupport::RunProgram(testsupport::ProgramRun{
+        "/usr/bin/xmllint", "xmllint",
+        {"--noout", "--nonet", "--dtdvalid", testsupport::SourcePath("tests/formats/coverage-04.dtd"), "example.xml"},
+        scenario.dir(), {}, {}, 60, 0});
+    // The DOCTYPE's own address cannot be reached here (xmllint says so);
+    // the local copy of the DTD decides.
+    EXPECT_EQ(0, xmllint.status) << xmllint.err;
+    EXPECT_EQ(std::string::npos, xmllint.err.find("validity")) << xmllint.err;
+    const std::string cobertura = scenario.read("example.xml");
+    EXPECT_EQ(cells[8], Captured(cobertura, R"re(<coverage [^>]*lines-valid="(\d+)")re"));
+    EXPECT_EQ(cells[9], Captured(cobertura, R"re(<coverage [^>]*lines-covered="(\d+)")re"));
 }
 
 }  // namespace
