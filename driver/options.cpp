@@ -198,6 +198,7 @@ static const OptionRule OPTIONS[] = {
      }},
     /* vemcov's own options, after the documented ones. */
     {"-lcov", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszLcovOut = v; }},
+    {"-outdir", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszOutDir = v; }},
     {"-cobertura", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszCoberturaOut = v; }},
     {"-json", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszJsonOut = v; }},
     {"-summary", NO_VALUE, nullptr, [](char *) { g_bSummary = 1; }},

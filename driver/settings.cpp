@@ -25,6 +25,7 @@ char *g_lpszCallGraphOut = nullptr;
 char *g_lpszLcovOut = nullptr;
 char *g_lpszJsonOut = nullptr;
 char *g_lpszCoberturaOut = nullptr;
+char *g_lpszOutDir = nullptr;
 int g_bSummary = 0;
 double g_minBlockPercent = -1.0;
 double g_minFuncPercent = -1.0;

@@ -34,6 +34,7 @@ extern char *g_lpszCallGraphOut;     /* argv; -txtdcg */
 extern char *g_lpszLcovOut;          /* argv; -lcov, or null */
 extern char *g_lpszJsonOut;          /* argv; -json, or null */
 extern char *g_lpszCoberturaOut;     /* argv; -cobertura, or null */
+extern char *g_lpszOutDir;           /* argv; -outdir: where the HTML report goes, or null */
 extern int g_bSummary;               /* -summary: totals on standard output */
 extern double g_minBlockPercent;     /* -minblock, or a negative value for none */
 extern double g_minFuncPercent;      /* -minfunc, or a negative value for none */

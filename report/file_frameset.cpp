@@ -6,6 +6,7 @@
 #include "report/function_pages.h"
 #include "report/html_escape.h"
 #include "report/naming.h"
+#include "report/report_files.h"
 #include "report/table_markup.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 
@@ -67,7 +68,7 @@ void writeFileFrameset(FILE *page, const char *path, const char *ext, bool hasCo
 bool bCreateFileFrameset(const char *path, const char *ext, bool hasCovered, bool hasUncovered)
 {
     const std::string name = getDirHTMLname(path, ext);
-    FILE *page = fopen(name.c_str(), "w");
+    FILE *page = openReportFile(name.c_str(), "w");
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", path);
         return false;

@@ -10,6 +10,7 @@
 #include "driver/settings.h"
 #include "report/html_escape.h"
 #include "report/naming.h"
+#include "report/report_files.h"
 #include "report/page_foot.h"
 #include "analysis/percent_format.h"
 #include "report/table_markup.h"
@@ -135,7 +136,7 @@ bool bCreateCov(bool covered, SortType order, const char *name, const char *ext,
 {
     checkSortOption(order);
     const std::string pageName = getDirVerHTMLname(name, order + 3, ext);
-    FILE *page = fopen(pageName.c_str(), "w");
+    FILE *page = openReportFile(pageName.c_str(), "w");
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", name);
         return false;

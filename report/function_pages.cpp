@@ -10,6 +10,7 @@
 #include "report/file_frameset.h"
 #include "report/html_escape.h"
 #include "report/naming.h"
+#include "report/report_files.h"
 #include "analysis/percent_format.h"
 #include "report/table_sort.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
@@ -217,7 +218,7 @@ bool bOutputFunctionCoverageFor(bool covered, SortType order, const char *path, 
         return true;
     checkSortOption(order);
     const std::string name = getDirHTMLname(functionListBase(path, covered, order + 3).c_str(), ext);
-    FILE *page = fopen(name.c_str(), "w");
+    FILE *page = openReportFile(name.c_str(), "w");
     if (page == nullptr) {
         fprintf(stderr, "Cannot open %s for output!\n", name.c_str());
         return false;

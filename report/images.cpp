@@ -6,6 +6,7 @@
 
 #include "report/image_data.h"
 #include "report/naming.h"
+#include "report/report_files.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 
 const char HOME_IMAGE[] = "__Home.gif";
@@ -26,7 +27,7 @@ static void putImageByte(FILE *image, int index, unsigned char byte)
 static FILE *createImage(const char *name, const char *failureFormat)
 {
     std::string path = std::string(REPORT_DIR) + "/" + name;
-    FILE *image = fopen(path.c_str(), "wb");
+    FILE *image = openReportFile(path.c_str(), "wb");
     if (image == nullptr) {
         fprintf(stderr, failureFormat, name);
         return nullptr;

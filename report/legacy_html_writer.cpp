@@ -2,7 +2,10 @@
  * the run has always written it. */
 #include "report/legacy_html_writer.h"
 
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <sys/stat.h>
 
 #include "analysis/coverage_state.h"
@@ -11,8 +14,11 @@
 #include "driver/settings.h"
 #include "report/file_table.h"
 #include "report/naming.h"
+#include "report/report_files.h"
 #include "report/summary.h"
 #include "report/toolbar.h"
+
+static const char MSG_CANNOT_CREATE[] = "ERROR: cannot create the report directory %s: %s\n";
 
 /* The report directory (an existing one is reused, so the result is not
  * checked) and the report's fixed files: images, help and toolbar. */
@@ -20,7 +26,11 @@ void LegacyHtmlWriter::beginRun()
 {
     if (g_bNoHTML)
         return;
-    mkdir(REPORT_DIR, 040777);
+    if (!setReportRoot(g_lpszOutDir)) {
+        fprintf(stderr, MSG_CANNOT_CREATE, g_lpszOutDir, strerror(errno));
+        tvx_Exit(1);
+    }
+    makeReportDir(REPORT_DIR, 040777);
     if (!createToolBar(g_lpszOutFileExt))
         tvx_Exit(1);
 }

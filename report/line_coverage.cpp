@@ -10,6 +10,7 @@
 #include "report/file_frameset.h"
 #include "report/function_pages.h"
 #include "report/naming.h"
+#include "report/report_files.h"
 #include "report/source_listing.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 
@@ -33,7 +34,7 @@ static bool writeListing(const char *path, const char *ext, ListingWorkArea *wor
         return false;
     }
     const std::string name = getDirSrcHTMLname(path, ext);
-    FILE *page = fopen(name.c_str(), "w");
+    FILE *page = openReportFile(name.c_str(), "w");
     if (page == nullptr) {
         fprintf(stderr, "Cannot open %s for output!\n", name.c_str());
         fclose(source);

@@ -9,6 +9,7 @@
 #include "driver/settings.h"
 #include "report/maker_credit.h"
 #include "report/naming.h"
+#include "report/report_files.h"
 #include "analysis/percent_format.h"
 #include "report/table_markup.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
@@ -144,7 +145,7 @@ bool bCreateSummary(const char *project, const char *rootName, const char *summa
 {
     const bool reference = compWithRef != 0;
     std::string name = getDirHTMLname(summaryName, ext);
-    FILE *page = fopen(name.c_str(), "w");
+    FILE *page = openReportFile(name.c_str(), "w");
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", summaryName);
         return false;
@@ -156,7 +157,7 @@ bool bCreateSummary(const char *project, const char *rootName, const char *summa
     checked_close_output(page, name.c_str());
 
     name = getHTMLname(rootName, ext);
-    page = fopen(name.c_str(), "w");
+    page = openReportFile(name.c_str(), "w");
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", rootName);
         return false;

@@ -10,6 +10,7 @@
 #include "report/images.h"
 #include "report/maker_credit.h"
 #include "report/naming.h"
+#include "report/report_files.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 
 static const char TOOLBAR_HEAD[] =
@@ -54,7 +55,7 @@ bool createToolBar(const char *ext)
 {
     /* The toolbar page is created first and filled last. */
     const std::string toolbarName = getDirHTMLname(TOOLBAR_PAGE, ext);
-    FILE *toolbar = fopen(toolbarName.c_str(), "w");
+    FILE *toolbar = openReportFile(toolbarName.c_str(), "w");
     if (toolbar == nullptr) {
         fprintf(stderr, "Unable to create ToolBar file!\n");
         return false;
@@ -64,7 +65,7 @@ bool createToolBar(const char *ext)
         return false;
     }
     const std::string helpName = getDirHTMLname(HELP_PAGE, ext);
-    FILE *help = fopen(helpName.c_str(), "w");
+    FILE *help = openReportFile(helpName.c_str(), "w");
     if (help == nullptr) {
         fprintf(stderr, "Unable to create On-Line Help!\n");
         fclose(toolbar);

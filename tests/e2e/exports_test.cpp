@@ -2,12 +2,15 @@
 // summary and the coverage gates, --version and --help; golden on a small
 // project, and checked by the real LCOV tools on the example.
 #include <algorithm>
+#include <filesystem>
+#include <map>
 #include <regex>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "tests/support/html_links.h"
 #include "tests/support/profile_writer.h"
 #include "tests/support/scenario.h"
 
@@ -102,6 +105,34 @@ TEST(Exports, VersionAndHelpOnStandardOutput)
     EXPECT_EQ(1, documented.status);
     EXPECT_EQ(documented.out, help.out);
     EXPECT_EQ("", help.err);
+}
+
+// -outdir puts the same report, byte for byte, into a directory made with
+// its parents; the other files stay where their names say.
+TEST(Exports, OutdirHoldsTheSameReport)
+{
+    Scenario scenario;
+    WriteExportProject(scenario);
+    RunResult here = scenario.run({"-nopmeter"});
+    ASSERT_EQ(0, here.status) << here.err;
+    const std::map<std::string, std::string> expected = scenario.outputs();
+    std::filesystem::remove_all(scenario.path("CodeCoverage"));
+    std::filesystem::remove(scenario.path("CODE_COVERAGE.HTML"));
+
+    RunResult there = scenario.run({"-nopmeter", "-outdir", "out/report", "-lcov", "cov.info"});
+    ASSERT_EQ(0, there.status) << there.err;
+    std::map<std::string, std::string> written = scenario.outputs();
+    EXPECT_EQ(1u, written.erase("cov.info"));
+    EXPECT_EQ(expected.size(), written.size());
+    for (const auto &[name, bytes] : expected)
+        EXPECT_EQ(bytes, written["out/report/" + name]) << name;
+    testsupport::ExpectLinksResolve(scenario.path("out/report"));
+
+    RunResult refused = scenario.run({"-nopmeter", "-outdir", "cov.info/sub"});
+    EXPECT_EQ(1, refused.status);
+    EXPECT_NE(std::string::npos,
+              refused.err.find("ERROR: cannot create the report directory cov.info/sub: Not a directory\n"))
+        << refused.err;
 }
 
 // The numbers of one summary page row, in page order: for files, functions

@@ -1,0 +1,45 @@
+/* report_files.cpp -- the report's place. */
+#include "report/report_files.h"
+
+#include <cerrno>
+#include <string>
+#include <sys/stat.h>
+
+/* "" for the current directory, else the directory and a "/". */
+static std::string reportRoot;
+
+bool setReportRoot(const char *dir)
+{
+    reportRoot.clear();
+    if (dir == nullptr || dir[0] == '\0')
+        return true;
+    std::string path = dir;
+    /* Each component in turn, as "mkdir -p" does. */
+    for (size_t at = 1; at <= path.size(); ++at) {
+        if (at < path.size() && path[at] != '/')
+            continue;
+        std::string prefix = path.substr(0, at);
+        struct stat status;
+        if (stat(prefix.c_str(), &status) == 0) {
+            if (!S_ISDIR(status.st_mode)) {
+                errno = ENOTDIR;
+                return false;
+            }
+            continue;
+        }
+        if (mkdir(prefix.c_str(), 0777) != 0 && errno != EEXIST)
+            return false;
+    }
+    reportRoot = path + "/";
+    return true;
+}
+
+FILE *openReportFile(const char *name, const char *mode)
+{
+    return fopen((reportRoot + name).c_str(), mode);
+}
+
+int makeReportDir(const char *name, unsigned mode)
+{
+    return mkdir((reportRoot + name).c_str(), mode);
+}

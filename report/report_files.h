@@ -1,0 +1,22 @@
+/* report_files.h -- where the HTML report's files go: the current
+ * directory, or the directory of -outdir. Page names stay as the naming
+ * rules make them (relative, "CodeCoverage/..."); only the place they are
+ * opened in changes. */
+#ifndef VEMCOV_REPORT_REPORT_FILES_H
+#define VEMCOV_REPORT_REPORT_FILES_H
+
+#include <cstdio>
+
+/* Makes `dir` (null or "": the current directory) the report's place,
+ * creating it and its parents when missing. False, with errno set, when it
+ * cannot be created. */
+bool setReportRoot(const char *dir);
+
+/* fopen of the report file `name` in the report's place. */
+FILE *openReportFile(const char *name, const char *mode);
+
+/* mkdir of the directory `name` in the report's place with `mode`; the
+ * result is the system call's. */
+int makeReportDir(const char *name, unsigned mode);
+
+#endif
