@@ -207,7 +207,7 @@ static const char USAGE_EXTENSION[] =
     "        Prints this text on standard output and ends with status 0.\n"
     "\n";
 
-const char VEMCOV_VERSION[] = "1.1.0";
+const char VEMCOV_VERSION[] = VEMCOV_VERSION_TEXT;
 
 void printUsage(FILE *stream, const char *program)
 {
