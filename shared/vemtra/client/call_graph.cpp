@@ -402,7 +402,17 @@ void VEMTRA_Create_Call_Graph(const char *dpi_file_name, const char *spi_file_na
         return;
     }
 
-    /* 3. One line per function. */
+    /* 3. One line per function. A corrupt line ends the run; where such an
+     * exit returns to the caller instead (a build that turns documented
+     * exits into a return), the guard closes the file. */
+    struct spi_guard {
+        FILE *file;
+        ~spi_guard()
+        {
+            if (file != nullptr)
+                checked_fclose(file);
+        }
+    } guard = {spi};
     int c = getc(spi);
     int line_number = 0;
     while (c != EOF) {
@@ -434,5 +444,6 @@ void VEMTRA_Create_Call_Graph(const char *dpi_file_name, const char *spi_file_na
     }
 
     /* 4. */
+    guard.file = nullptr;
     checked_fclose(spi);
 }
