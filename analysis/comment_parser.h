@@ -76,6 +76,9 @@ public:
      * what a new parser of the same file and line chain would print. */
     void replay_warnings() const;
 
+    /* The disabled lines as sorted, non-overlapping ranges [first, last]. */
+    const std::vector<std::pair<uint64_t, uint64_t>> &disabled_ranges() const { return disabled; }
+
     /* Whether the file was read. */
     bool is_active() const { return active != 0; }
     /* The number of lines the scan counted (0 when the file was not read). */

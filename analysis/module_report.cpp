@@ -14,6 +14,7 @@ void startModuleReport(ModuleReport *module, const char *path)
     module->path = path;
     module->readable = false;
     module->positions.clear();
+    module->infeasibleLines.clear();
     module->functions.clear();
     module->functionsTotal = module->functionsCovered = 0;
     module->blocksTotal = module->blocksCovered = 0;
@@ -21,8 +22,10 @@ void startModuleReport(ModuleReport *module, const char *path)
     module->covered = false;
 }
 
-void collectPositions(ModuleReport *module, const coverage_list &store, const parser *markers)
+void collectModuleDetails(ModuleReport *module, const coverage_list &store, const parser *markers)
 {
+    if (markers != nullptr)
+        module->infeasibleLines = markers->disabled_ranges();
     const file_list_node *file = store.currentFile;
     module->readable = file != nullptr && file->lineTable != nullptr;
     if (!module->readable)

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 class coverage_list;
@@ -44,6 +45,8 @@ struct ModuleReport {
     const char *path;                       /* the source path as the profiles resolve it */
     bool readable;                          /* the source could be read (else no positions) */
     std::vector<PositionReport> positions;  /* ascending by line, then column */
+    /* The lines that markers exclude, as sorted ranges [first, last]. */
+    std::vector<std::pair<uint64_t, uint64_t>> infeasibleLines;
     std::vector<FunctionReport> functions;  /* in the order the analysis met them */
     uint32_t functionsTotal;
     uint32_t functionsCovered;              /* -ref: newly covered functions */
@@ -83,9 +86,10 @@ extern ModuleReport currentModule;
 /* Starts the record of the module `path`: empty, numbers 0. */
 void startModuleReport(ModuleReport *module, const char *path);
 
-/* Copies the positions of the store's current file into the record, sorted,
- * each marked infeasible when `markers` excludes its line. */
-void collectPositions(ModuleReport *module, const coverage_list &store, const parser *markers);
+/* Copies into the record what the writers that show lines need: the
+ * positions of the store's current file, sorted, each marked infeasible
+ * when `markers` excludes its line, and the excluded lines themselves. */
+void collectModuleDetails(ModuleReport *module, const coverage_list &store, const parser *markers);
 
 /* The run's totals so far. */
 RunReport runReport();

@@ -174,7 +174,7 @@ static void analyseModules(std::vector<std::unique_ptr<ReportWriter>> &writers)
         pars = new parser(first->fileName, one_line_disable, start_disable_block, end_disable_block);
         bool analysed = markBlocks(first);
         if (positions)
-            collectPositions(&currentModule, g_cl, pars);
+            collectModuleDetails(&currentModule, g_cl, pars);
         for (const auto &writer : writers)
             writer->module(currentModule, analysed);
         delete pars;

@@ -14,8 +14,8 @@ class ReportWriter {
 public:
     virtual ~ReportWriter() = default;
 
-    /* Whether module() reads ModuleReport::positions (collecting them costs
-     * a copy of the module's position table). */
+    /* Whether module() reads ModuleReport::positions and infeasibleLines
+     * (collecting them costs a copy of the module's position table). */
     virtual bool readsPositions() const { return false; }
 
     virtual void beginRun() {}
