@@ -7,22 +7,16 @@
 #include <unistd.h>
 
 #include "analysis/xml_escape.h"
-#include "driver/console.h"
 #include "driver/usage.h"
+#include "report/export_file.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
-
-static const char MSG_CANNOT_OPEN[] = "Couldn't open file %s for output!\n";
 
 static const char DOCUMENT_START[] =
     "<?xml version=\"1.0\" ?>\n"
     "<!DOCTYPE coverage SYSTEM \"http://cobertura.sourceforge.net/xml/coverage-04.dtd\">\n";
 
-CoberturaWriter::CoberturaWriter(const char *path) : path_(path), out_(fopen(path, "w"))
+CoberturaWriter::CoberturaWriter(const char *path) : path_(path), out_(createExportFile(path))
 {
-    if (out_ == nullptr) {
-        fprintf(stderr, MSG_CANNOT_OPEN, path);
-        tvx_Exit(1);
-    }
     char buffer[PATH_MAX];
     if (getcwd(buffer, sizeof buffer) != nullptr)
         cwd_ = buffer;

@@ -4,18 +4,12 @@
 #include <cinttypes>
 
 #include "analysis/percent_format.h"
-#include "driver/console.h"
+#include "report/export_file.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 
-static const char MSG_CANNOT_OPEN[] = "Couldn't open file %s for output!\n";
-
 JsonWriter::JsonWriter(const char *path, const char *project)
-    : path_(path), project_(project), out_(fopen(path, "w"))
+    : path_(path), project_(project), out_(createExportFile(path))
 {
-    if (out_ == nullptr) {
-        fprintf(stderr, MSG_CANNOT_OPEN, path);
-        tvx_Exit(1);
-    }
 }
 
 void writeJsonString(FILE *out, const char *text)

@@ -5,10 +5,8 @@
 #include <climits>
 #include <unistd.h>
 
-#include "driver/console.h"
+#include "report/export_file.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
-
-static const char MSG_CANNOT_OPEN[] = "Couldn't open file %s for output!\n";
 
 static std::string currentDirectory()
 {
@@ -16,13 +14,7 @@ static std::string currentDirectory()
     return getcwd(buffer, sizeof buffer) != nullptr ? std::string(buffer) : std::string();
 }
 
-LcovWriter::LcovWriter(const char *path) : path_(path), out_(fopen(path, "w"))
-{
-    if (out_ == nullptr) {
-        fprintf(stderr, MSG_CANNOT_OPEN, path);
-        tvx_Exit(1);
-    }
-}
+LcovWriter::LcovWriter(const char *path) : path_(path), out_(createExportFile(path)) {}
 
 void LcovWriter::module(const ModuleReport &module, bool analysed)
 {
