@@ -10,6 +10,7 @@
 #include "report/file_frameset.h"
 #include "report/html_escape.h"
 #include "report/naming.h"
+#include "report/page_writer.h"
 #include "report/report_files.h"
 #include "analysis/percent_format.h"
 #include "report/table_sort.h"
@@ -47,10 +48,24 @@ static const char NAME_HEADER[] =
     "href=\"%s\">function</a></TH>\n";
 static const char HEAD_END[] = "</thead>\n";
 static const char BODY_START[] = "<tbody>\n";
-static const char BLOCKS_CELL[] = "<td align=\"center\">%d</td>\n";
-static const char COVERAGE_CELLS[] = "<td align=\"right\">%6.2f</td><td align=\"center\">(%d/%d)</td>\n";
-static const char NAME_CELL_START[] = "<td align=\"left\"><a href=\"%s#l%d\" title=\"Line %d\">";
+/* A row, cut where its numbers and names go:
+ *   "<TR>\n"
+ *   "<td align=\"center\">%d</td>\n"                                    (blocks)
+ *   "<td align=\"right\">%6.2f</td><td align=\"center\">(%d/%d)</td>\n" (or coverage)
+ *   "<td align=\"left\"><a href=\"%s#l%d\" title=\"Line %d\">" name "</a></td>\n"
+ *   the tests link when there is one, then "</tr>\n". */
+static const char ROW_START[] = "<TR>\n";
+static const char BLOCKS_CELL_START[] = "<td align=\"center\">";
+static const char BLOCKS_CELL_END[] = "</td>\n";
+static const char COVERAGE_CELL_START[] = "<td align=\"right\">";
+static const char COVERAGE_CELL_MIDDLE[] = "</td><td align=\"center\">(";
+static const char COVERAGE_CELL_END[] = ")</td>\n";
+static const char NAME_CELL_LINK[] = "<td align=\"left\"><a href=\"";
+static const char NAME_CELL_ANCHOR[] = "#l";
+static const char NAME_CELL_TITLE[] = "\" title=\"Line ";
+static const char NAME_CELL_TEXT[] = "\">";
 static const char NAME_CELL_END[] = "</a></td>\n";
+static const char ROW_END[] = "</tr>\n";
 static const char TESTS_CELL_START[] = "<td align=\"center\">";
 /* The query's values are written percent-encoded between these pieces. */
 static const char TESTS_LINK[] = "<a target=\"_new\" href=\"http://%s/%s?function_name=";
@@ -122,21 +137,34 @@ void sortFunctions(func **functions, int count, SortType order)
         QuickSortFunctions(functions, 0, count - 1, before);
 }
 
-void writeFunctionName(FILE *page, const char *name)
+/* The display name into a page being built (see writeFunctionName). */
+static void putFunctionName(PageWriter &page, const char *name)
 {
     if (name == nullptr)
         return;
+    const char *run = name;
     for (const char *p = name; *p != '\0'; ++p) {
-        if (const char *entity = htmlEntity(*p)) {
-            fputs(entity, page);
-        } else if (*p == '@' && isdigit(static_cast<unsigned char>(p[1]))) {
+        const char *entity = htmlEntity(*p);
+        bool decoration = *p == '@' && isdigit(static_cast<unsigned char>(p[1]));
+        if (entity == nullptr && !decoration)
+            continue;
+        page.put(run, static_cast<size_t>(p - run));
+        if (entity != nullptr) {
+            page.put(entity);
+        } else {
             /* A decoration of the argument size, not part of the name. */
             while (isdigit(static_cast<unsigned char>(p[1])))
                 ++p;
-        } else {
-            fputc(*p, page);
         }
+        run = p + 1;
     }
+    page.put(run);
+}
+
+void writeFunctionName(FILE *page, const char *name)
+{
+    PageWriter writer(page);
+    putFunctionName(writer, name);
 }
 
 static void writeHeaderLink(FILE *page, const char *format, const char *target, const char *path, bool covered,
@@ -188,26 +216,45 @@ void writeFunctionList(FILE *page, bool covered, SortType order, const char *pat
 
     sortFunctions(functions, count, order);
     fputs(BODY_START, page);
+    /* Every row links to the same listing: its name is made once. */
+    const std::string listing = HtmlValue(getSrcHTMLname(path, ext)).c_str();
+    PageWriter rows(page);
     for (int i = 0; i < count; ++i) {
         const func *function = functions[i];
-        fputs("<TR>\n", page);
-        if (blocksOnly)
-            fprintf(page, BLOCKS_CELL, (int)function->blocks);
-        else
-            fprintf(page, COVERAGE_CELLS, roundHalfUp2(function->percent), (int)function->covered,
-                    (int)function->blocks);
+        rows.put(ROW_START);
+        if (blocksOnly) {
+            rows.put(BLOCKS_CELL_START);
+            rows.putInt(static_cast<int>(function->blocks));
+            rows.put(BLOCKS_CELL_END);
+        } else {
+            rows.put(COVERAGE_CELL_START);
+            rows.putPercent6(roundHalfUp2(function->percent));
+            rows.put(COVERAGE_CELL_MIDDLE);
+            rows.putInt(static_cast<int>(function->covered));
+            rows.put('/');
+            rows.putInt(static_cast<int>(function->blocks));
+            rows.put(COVERAGE_CELL_END);
+        }
         /* The start line is compared as the unsigned 32-bit number the
          * profile records, then printed as a signed one. */
         uint32_t line = static_cast<uint32_t>(function->line);
         uint32_t anchor = line > LINES_ABOVE ? line - LINES_ABOVE : line;
-        fprintf(page, NAME_CELL_START, HtmlValue(getSrcHTMLname(path, ext)).c_str(), static_cast<int>(anchor),
-                static_cast<int>(line));
-        writeFunctionName(page, function->name);
-        fputs(NAME_CELL_END, page);
-        if (options.links)
+        rows.put(NAME_CELL_LINK);
+        rows.put(listing);
+        rows.put(NAME_CELL_ANCHOR);
+        rows.putInt(static_cast<int>(anchor));
+        rows.put(NAME_CELL_TITLE);
+        rows.putInt(static_cast<int>(line));
+        rows.put(NAME_CELL_TEXT);
+        putFunctionName(rows, function->name);
+        rows.put(NAME_CELL_END);
+        if (options.links) {
+            rows.flush();
             writeTestsLink(page, function, options);
-        fputs("</tr>\n", page);
+        }
+        rows.put(ROW_END);
     }
+    rows.flush();
     fputs(PAGE_END, page);
 }
 

@@ -1,0 +1,58 @@
+/* page_writer.cpp -- the page buffer and its number texts. */
+#include "report/page_writer.h"
+
+#include <cmath>
+
+void PageWriter::flush()
+{
+    if (!text_.empty())
+        fwrite(text_.data(), 1, text_.size(), stream_);
+    text_.clear();
+}
+
+void PageWriter::putUnsigned(uint64_t value)
+{
+    char digits[20];
+    char *end = digits + sizeof digits, *at = end;
+    do {
+        *--at = static_cast<char>('0' + value % 10);
+        value /= 10;
+    } while (value != 0);
+    put(at, static_cast<size_t>(end - at));
+}
+
+void PageWriter::putInt(int64_t value)
+{
+    if (value < 0) {
+        put('-');
+        putUnsigned(0 - static_cast<uint64_t>(value));
+    } else {
+        putUnsigned(static_cast<uint64_t>(value));
+    }
+}
+
+void PageWriter::putPercent6(double percent)
+{
+    /* A value rounded to hundredths is within an ulp of n / 100, so the
+     * nearest whole number of hundredths is what "%6.2f" prints. */
+    if (!(percent >= 0.0 && percent < 1e15)) {
+        char text[64];
+        int length = snprintf(text, sizeof text, "%6.2f", percent);
+        put(text, static_cast<size_t>(length));
+        return;
+    }
+    uint64_t hundredths = static_cast<uint64_t>(std::llround(percent * 100.0));
+    char text[32];
+    char *end = text + sizeof text, *at = end;
+    *--at = static_cast<char>('0' + hundredths % 10);
+    *--at = static_cast<char>('0' + hundredths / 10 % 10);
+    *--at = '.';
+    uint64_t whole = hundredths / 100;
+    do {
+        *--at = static_cast<char>('0' + whole % 10);
+        whole /= 10;
+    } while (whole != 0);
+    while (end - at < 6)
+        *--at = ' ';
+    put(at, static_cast<size_t>(end - at));
+}

@@ -1,0 +1,55 @@
+/* page_writer.h -- the text of a page, built in memory and handed to its
+ * stream in large pieces, with the number texts the pages print made by
+ * hand (the same bytes as their printf formats, without printf's cost on
+ * rows that repeat thousands of times).
+ */
+#ifndef VEMCOV_REPORT_PAGE_WRITER_H
+#define VEMCOV_REPORT_PAGE_WRITER_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+class PageWriter {
+public:
+    /* Writes into `stream`, which stays the caller's to close. */
+    explicit PageWriter(FILE *stream) : stream_(stream) { text_.reserve(FLUSH_AT + 4096); }
+    ~PageWriter() { flush(); }
+    PageWriter(const PageWriter &) = delete;
+    PageWriter &operator=(const PageWriter &) = delete;
+
+    void put(const char *text) { put(text, strlen(text)); }
+    void put(const std::string &text) { put(text.data(), text.size()); }
+    void put(const char *text, size_t length)
+    {
+        text_.append(text, length);
+        if (text_.size() >= FLUSH_AT)
+            flush();
+    }
+    void put(char c)
+    {
+        text_.push_back(c);
+        if (text_.size() >= FLUSH_AT)
+            flush();
+    }
+
+    /* "%d" and "%u" of the value. */
+    void putInt(int64_t value);
+    void putUnsigned(uint64_t value);
+
+    /* "%6.2f" of a percentage already rounded to two decimals (0 to 100,
+     * as roundHalfUp2 gives it). */
+    void putPercent6(double percent);
+
+    /* Hands everything written so far to the stream. */
+    void flush();
+
+private:
+    static const size_t FLUSH_AT = 1 << 18;
+    FILE *stream_;
+    std::string text_;
+};
+
+#endif
