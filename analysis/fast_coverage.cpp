@@ -11,12 +11,12 @@
 #include "analysis/comment_parser.h"
 #include "analysis/coverage.h"
 #include "analysis/coverage_state.h"
+#include "analysis/percent_format.h"
 #include "driver/component_file.h"
 #include "driver/console.h"
 #include "driver/demangle.h"
 #include "driver/run_state.h"
 #include "driver/settings.h"
-#include "analysis/percent_format.h"
 #include "shared/vemtra/client/dpi_file.h"
 #include "shared/vemtra/client/dpi_segment.h"
 

@@ -5,6 +5,7 @@
 
 #include "driver/console.h"
 #include "report/html_escape.h"
+#include "report/page_writer.h"
 
 const char *BGColor[8] = {
     nullptr,
@@ -49,6 +50,15 @@ void SetNoPartialColor()
 const char *takeBGColor(int color)
 {
     return BGColor[color];
+}
+
+void changeColor(PageWriter &page, int newColor, int oldColor)
+{
+    checkColor(newColor);
+    checkColor(oldColor);
+    page.put("</a><a style=\"background-color: ");
+    page.put(BGColor[newColor]);
+    page.put("\">");
 }
 
 void changeColor(FILE *stream, int newColor, int oldColor)

@@ -33,4 +33,8 @@ const char *takeBGColor(int color);
  * the listing to `newColor`. */
 void changeColor(FILE *stream, int newColor, int oldColor);
 
+/* The same into a page being built. */
+class PageWriter;
+void changeColor(PageWriter &page, int newColor, int oldColor);
+
 #endif

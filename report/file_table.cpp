@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "analysis/percent_format.h"
 #include "driver/number_format.h"
 #include "driver/settings.h"
 #include "report/html_escape.h"
 #include "report/naming.h"
-#include "report/report_files.h"
 #include "report/page_foot.h"
-#include "analysis/percent_format.h"
+#include "report/report_files.h"
 #include "report/table_markup.h"
 #include "report/table_sort.h"
 #include "shared/vemtra/tallyfold/checked_io.h"

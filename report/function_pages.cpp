@@ -6,13 +6,13 @@
 #include <cstring>
 #include <strings.h>
 
+#include "analysis/percent_format.h"
 #include "driver/settings.h"
 #include "report/file_frameset.h"
 #include "report/html_escape.h"
 #include "report/naming.h"
 #include "report/page_writer.h"
 #include "report/report_files.h"
-#include "analysis/percent_format.h"
 #include "report/table_sort.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "analysis/coverage_state.h"
-#include "driver/settings.h"
 #include "analysis/coverage_store.h"
+#include "driver/settings.h"
 #include "report/file_frameset.h"
 #include "report/function_pages.h"
 #include "report/naming.h"

@@ -1,7 +1,7 @@
 /* page_foot.cpp -- the foot shared by the listing and the file tables. */
-#include "report/html_escape.h"
 #include "report/page_foot.h"
 
+#include "report/html_escape.h"
 #include "report/maker_credit.h"
 
 static const char FOOT_TABLE_START[] = "<table border=0 cellpadding=3 cellspacing=0 ";

@@ -1,16 +1,17 @@
 /* source_listing.cpp -- the annotated listing page of one source file. */
-#include "report/html_escape.h"
 #include "report/source_listing.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "analysis/comment_parser.h"
-#include "report/colors.h"
 #include "analysis/coverage_store.h"
+#include "analysis/percent_format.h"
+#include "report/colors.h"
+#include "report/html_escape.h"
 #include "report/naming.h"
 #include "report/page_foot.h"
-#include "analysis/percent_format.h"
+#include "report/page_writer.h"
 #include "report/source_reader.h"
 
 static const char HEAD_START[] =
@@ -73,9 +74,9 @@ static char *digitsBefore(char *end, uint32_t value)
     return end;
 }
 
-void writeLineNumber(FILE *page, uint32_t line)
+/* The same bytes as "%6u) ", without the cost of fprintf per line. */
+static void putLineNumber(PageWriter &page, uint32_t line)
 {
-    /* The same bytes as "%6u) ", without the cost of fprintf per line. */
     char text[16];
     char *end = text + sizeof text;
     *--end = ' ';
@@ -83,20 +84,23 @@ void writeLineNumber(FILE *page, uint32_t line)
     char *digits = digitsBefore(end, line > LINE_NUMBER_MAX ? LINE_NUMBER_MAX : line);
     while (end - digits < 6)
         *--digits = ' ';
-    fwrite(digits, 1, text + sizeof text - digits, page);
+    page.put(digits, static_cast<size_t>(text + sizeof text - digits));
+}
+
+void writeLineNumber(FILE *page, uint32_t line)
+{
+    PageWriter writer(page);
+    putLineNumber(writer, line);
 }
 
 /* WriteSrcFileLineColor: opens a line with its anchor and colour. */
-static void WriteSrcFileLineColor(FILE *page, uint32_t line, const char *colour)
+static void WriteSrcFileLineColor(PageWriter &page, uint32_t line, const char *colour)
 {
-    char number[12];
-    char *end = number + sizeof number;
-    char *digits = digitsBefore(end, line);
-    fputs("<a name=\"l", page);
-    fwrite(digits, 1, end - digits, page);
-    fputs("\" style=\"background-color: ", page);
-    fputs(colour, page);
-    fputs("\">", page);
+    page.put("<a name=\"l");
+    page.putUnsigned(line);
+    page.put("\" style=\"background-color: ");
+    page.put(colour);
+    page.put("\">");
 }
 
 /* WriteSrcFileHeader: the page head, titled with the part of the path
@@ -125,7 +129,7 @@ static void WriteSrcFileFooter(FILE *page, const ListingOptions &options)
 
 /* Copies source text into the page: the four characters of markup as
  * entities, a line feed as the end of the line's anchor. */
-static void copyText(FILE *page, const char *text, size_t length)
+static void copyText(PageWriter &page, const char *text, size_t length)
 {
     const char *run = text;
     const char *end = text + length;
@@ -139,11 +143,11 @@ static void copyText(FILE *page, const char *text, size_t length)
         case '\n': entity = LINE_END; break;
         default: continue;
         }
-        fwrite(run, 1, p - run, page);
-        fputs(entity, page);
+        page.put(run, static_cast<size_t>(p - run));
+        page.put(entity);
         run = p + 1;
     }
-    fwrite(run, 1, end - run, page);
+    page.put(run, static_cast<size_t>(end - run));
 }
 
 static bool appendMarkers(MarkerLine *marker, const char *text, size_t length)
@@ -183,6 +187,7 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
 {
     WriteSrcFileHeader(page, file, options.reference);
 
+    PageWriter out(page);
     SourceLineReader reader(source, readBuffer);
     int currentClass = options.reference ? COLOR_COVERED : COLOR_UNKNOWN;
     const COMP *function = file.functionsByLine;
@@ -204,7 +209,7 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
                 currentClass = function->not_in_reference ? COLOR_UNCOVERED_FUNCTION : COLOR_COVERED;
         }
         bool infeasible = file.infeasible != nullptr && file.infeasible->is_disabled_line(line);
-        writeLineNumber(page, line);
+        putLineNumber(out, line);
 
         /* 2. The line opens in the colour of the position where its text
          *    begins, past the leading blanks. */
@@ -216,7 +221,7 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
             if (const block_list_node *node = positionAt(positions, static_cast<uint32_t>(blanks + 1)))
                 currentClass = classifyNode(node, options.reference);
         }
-        WriteSrcFileLineColor(page, line, takeBGColor(infeasible ? COLOR_INFEASIBLE : currentClass));
+        WriteSrcFileLineColor(out, line, takeBGColor(infeasible ? COLOR_INFEASIBLE : currentClass));
 
         /* 3. The text, with a colour change at each recorded position whose
          *    colour differs from the one in force. Only a feasible line
@@ -227,29 +232,32 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
             size_t at = node->column - 1;
             if (at >= length)
                 break;
-            copyText(page, text + copied, at - copied);
+            copyText(out, text + copied, at - copied);
             if (markers && !appendMarkers(marker, text + copied, at - copied))
                 return false;
             int newClass = classifyNode(node, options.reference);
             if (!infeasible && strcmp(takeBGColor(newClass), takeBGColor(currentClass)) != 0)
-                changeColor(page, newClass, currentClass);
+                changeColor(out, newClass, currentClass);
             currentClass = newClass;
-            copyText(page, text + at, 1);
+            copyText(out, text + at, 1);
             if (markers && !markerLineAppend(marker, '^'))
                 return false;
             copied = at + 1;
         }
-        copyText(page, text + copied, length - copied);
+        copyText(out, text + copied, length - copied);
         if (markers && !appendMarkers(marker, text + copied, length - copied))
             return false;
 
         /* 4. Below a finished line, its counters. */
-        if (markers && text[length - 1] == '\n' && memchr(marker->text, '^', marker->length) != nullptr)
+        if (markers && text[length - 1] == '\n' && memchr(marker->text, '^', marker->length) != nullptr) {
+            out.flush();
             writeCounterLines(page, marker, *file.store, line,
                               takeBGColor(options.floatingInfo ? currentClass : COLOR_INFO));
+        }
         marker->length = 0;
         marker->text[0] = '\0';
     }
+    out.flush();
     if (started)
         WriteSrcFileFooter(page, options);
     return true;

@@ -1,16 +1,16 @@
 /* summary.cpp -- the summary page and the root frameset. */
-#include "report/html_escape.h"
 #include "report/summary.h"
 
 #include <string>
 
 #include "analysis/coverage_state.h"
+#include "analysis/percent_format.h"
 #include "driver/number_format.h"
 #include "driver/settings.h"
+#include "report/html_escape.h"
 #include "report/maker_credit.h"
 #include "report/naming.h"
 #include "report/report_files.h"
-#include "analysis/percent_format.h"
 #include "report/table_markup.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 

@@ -1,7 +1,7 @@
 /* table_markup.cpp -- fragments of the summary page and the file tables. */
-#include "report/html_escape.h"
 #include "report/table_markup.h"
 
+#include "report/html_escape.h"
 #include "report/images.h"
 
 const char HEADER_ROW_START[] = "<TR BGCOLOR=\"#F0F0F0\">\n";

@@ -1,12 +1,12 @@
 /* toolbar.cpp -- the toolbar page, and the writing of the report's fixed
  * files before the first source file is processed. */
-#include "report/html_escape.h"
 #include "report/toolbar.h"
 
 #include <string>
 
 #include "driver/settings.h"
 #include "report/help_page.h"
+#include "report/html_escape.h"
 #include "report/images.h"
 #include "report/maker_credit.h"
 #include "report/naming.h"
