@@ -5,9 +5,9 @@
 
 void PageWriter::flush()
 {
-    if (!text_.empty())
-        fwrite(text_.data(), 1, text_.size(), stream_);
-    text_.clear();
+    if (used_ != 0)
+        fwrite(buffer_.get(), 1, used_, stream_);
+    used_ = 0;
 }
 
 void PageWriter::putUnsigned(uint64_t value)

@@ -10,12 +10,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 
 class PageWriter {
 public:
     /* Writes into `stream`, which stays the caller's to close. */
-    explicit PageWriter(FILE *stream) : stream_(stream) { text_.reserve(FLUSH_AT + 4096); }
+    explicit PageWriter(FILE *stream) : stream_(stream), buffer_(new char[CAPACITY]) {}
     ~PageWriter() { flush(); }
     PageWriter(const PageWriter &) = delete;
     PageWriter &operator=(const PageWriter &) = delete;
@@ -24,15 +25,21 @@ public:
     void put(const std::string &text) { put(text.data(), text.size()); }
     void put(const char *text, size_t length)
     {
-        text_.append(text, length);
-        if (text_.size() >= FLUSH_AT)
+        if (length > CAPACITY - used_) {
             flush();
+            if (length >= CAPACITY) {
+                fwrite(text, 1, length, stream_);
+                return;
+            }
+        }
+        memcpy(buffer_.get() + used_, text, length);
+        used_ += length;
     }
     void put(char c)
     {
-        text_.push_back(c);
-        if (text_.size() >= FLUSH_AT)
+        if (used_ == CAPACITY)
             flush();
+        buffer_[used_++] = c;
     }
 
     /* "%d" and "%u" of the value. */
@@ -47,9 +54,10 @@ public:
     void flush();
 
 private:
-    static const size_t FLUSH_AT = 1 << 18;
+    static const size_t CAPACITY = 1 << 18;
     FILE *stream_;
-    std::string text_;
+    std::unique_ptr<char[]> buffer_;
+    size_t used_ = 0;
 };
 
 #endif

@@ -131,17 +131,27 @@ static void WriteSrcFileFooter(FILE *page, const ListingOptions &options)
  * entities, a line feed as the end of the line's anchor. */
 static void copyText(PageWriter &page, const char *text, size_t length)
 {
+    /* Most bytes are plain: a table tells the few that are not. */
+    static const struct SpecialBytes {
+        bool special[256] = {};
+        SpecialBytes()
+        {
+            for (unsigned char c : {'"', '&', '<', '>', '\n'})
+                special[c] = true;
+        }
+    } bytes;
     const char *run = text;
     const char *end = text + length;
     for (const char *p = text; p < end; ++p) {
+        if (!bytes.special[static_cast<unsigned char>(*p)])
+            continue;
         const char *entity;
         switch (*p) {
         case '"': entity = "&quot;"; break;
         case '&': entity = "&amp;"; break;
         case '<': entity = "&lt;"; break;
         case '>': entity = "&gt;"; break;
-        case '\n': entity = LINE_END; break;
-        default: continue;
+        default: entity = LINE_END; break;
         }
         page.put(run, static_cast<size_t>(p - run));
         page.put(entity);
