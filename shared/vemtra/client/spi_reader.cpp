@@ -73,10 +73,31 @@ static void vemtra_Spi_Buffer_Reserve(spi_buffer *buffer, int64_t needed, FILE *
  * holds. Returns 1, or 0 when there is no token or it does not fit. */
 static int vemtra_Spi_Read_Token(FILE *stream, spi_buffer *buffer)
 {
-    char format[32];
-    snprintf(format, sizeof format, " %%%ds", buffer->capacity - 1);
-    if (fscanf(stream, format, buffer->text) != 1)
+    /* As fscanf(" %<capacity - 1>s") reads it, without the cost of a
+     * formatted read per token: white space skipped, then up to the buffer's
+     * room of bytes that are not white space (NUL bytes included), the
+     * white space after it left unread. */
+    int c;
+    do
+        c = getc_unlocked(stream);
+    while (c != EOF && isspace(c));
+    if (c == EOF)
         return 0;
+    const int32_t room = buffer->capacity - 1;
+    int32_t length = 0;
+    for (;;) {
+        buffer->text[length++] = static_cast<char>(c);
+        if (length == room)
+            break;
+        c = getc_unlocked(stream);
+        if (c == EOF)
+            break;
+        if (isspace(c)) {
+            ungetc(c, stream);
+            break;
+        }
+    }
+    buffer->text[length] = '\0';
     if (static_cast<int32_t>(strlen(buffer->text)) == buffer->capacity - 1) {
         int next = getc(stream);
         if (next != EOF)
