@@ -22,6 +22,19 @@ CoberturaWriter::CoberturaWriter(const char *path) : path_(path), out_(createExp
         cwd_ = buffer;
 }
 
+/* A name or path as XML text: escaped as the other XML files escape it,
+ * and a control character, which XML 1.0 does not allow in a document, as
+ * "?" (the documented XML files keep such bytes; this file is read by
+ * strict parsers in CI). */
+static void writeXmlValue(FILE *out, const char *text)
+{
+    std::string value = text;
+    for (char &c : value)
+        if (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r')
+            c = '?';
+    escapeXML(out, value.c_str());
+}
+
 /* `covered` / `total` as Cobertura's rates are written: 0 to 1, four
  * decimals; 1 for nothing to cover, as the format's other writers do. */
 static void writeRate(FILE *out, const char *attribute, uint64_t covered, uint64_t total)
@@ -66,7 +79,7 @@ static void writeLine(FILE *out, const LineReport &line)
 static void writeMethod(FILE *out, const FunctionReport &function)
 {
     fputs("<method name=\"", out);
-    escapeXML(out, function.procName);
+    writeXmlValue(out, function.procName);
     fputs("\" signature=\"\"", out);
     writeRate(out, "line-rate", function.covered, function.blocks);
     fputs(" branch-rate=\"1.0000\" complexity=\"0\">\n<lines>\n", out);
@@ -89,7 +102,7 @@ void CoberturaWriter::endRun(const RunReport &run)
             "\" branches-valid=\"%" PRIu64 "\" complexity=\"0\" version=\"vemcov %s\" timestamp=\"0\">\n",
             run.blocksCovered, run.blocks, branchesCovered, branches, VEMCOV_VERSION);
     fputs("<sources>\n<source>", out_);
-    escapeXML(out_, cwd_.c_str());
+    writeXmlValue(out_, cwd_.c_str());
     fputs("</source>\n</sources>\n<packages>\n", out_);
 
     /* Packages in name order; classes of one package in the run's order. */
@@ -104,7 +117,7 @@ void CoberturaWriter::endRun(const RunReport &run)
             countBranches(classes_[last].lines, &packageBranches, &packageBranchesCovered);
         }
         fputs("<package name=\"", out_);
-        escapeXML(out_, classes_[first].directory.c_str());
+        writeXmlValue(out_, classes_[first].directory.c_str());
         fputc('"', out_);
         writeRate(out_, "line-rate", blocksCovered, blocks);
         writeRate(out_, "branch-rate", packageBranchesCovered, packageBranches);
@@ -115,9 +128,9 @@ void CoberturaWriter::endRun(const RunReport &run)
             countBranches(entry.lines, &classBranches, &classBranchesCovered);
             const std::string name = entry.file.substr(entry.file.rfind('/') + 1);
             fputs("<class name=\"", out_);
-            escapeXML(out_, name.c_str());
+            writeXmlValue(out_, name.c_str());
             fputs("\" filename=\"", out_);
-            escapeXML(out_, entry.file.c_str());
+            writeXmlValue(out_, entry.file.c_str());
             fputc('"', out_);
             writeRate(out_, "line-rate", entry.blocksCovered, entry.blocks);
             writeRate(out_, "branch-rate", classBranchesCovered, classBranches);

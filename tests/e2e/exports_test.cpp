@@ -55,6 +55,30 @@ TEST(Exports, LcovCoberturaJsonAndSummaryOfOneRun)
     testsupport::ExpectGolden("exports_of_one_run", scenario, result);
 }
 
+// Names with markup and control bytes: the Cobertura file stays valid XML
+// (a control byte becomes "?"), the JSON escapes them, the LCOV record
+// keeps them on their line.
+TEST(Exports, HostileNamesKeepTheExportsWellFormed)
+{
+    Scenario scenario;
+    const std::string source = "src/a<&\"'>.c";
+    scenario.write(source, "int f(void) { return 1; }\n");
+    Project p;
+    p.Add(scenario.path(source), "f\x01<&>", 1).Blocks({{1, 1, 13}});
+    scenario.writeProfiles(p);
+    RunResult result =
+        scenario.run({"-nopmeter", "-nohtml", "-cobertura", "h.xml", "-json", "h.json", "-lcov", "h.info"});
+    ASSERT_EQ(0, result.status) << result.err;
+    RunResult xmllint = testsupport::RunProgram(testsupport::ProgramRun{
+        "/usr/bin/xmllint", "xmllint",
+        {"--noout", "--nonet", "--dtdvalid", testsupport::SourcePath("tests/formats/coverage-04.dtd"), "h.xml"},
+        scenario.dir(), {}, {}, 60, 0});
+    EXPECT_EQ(0, xmllint.status) << xmllint.err;
+    EXPECT_NE(std::string::npos, scenario.read("h.xml").find("<method name=\"f?&lt;&amp;&gt;\""));
+    EXPECT_NE(std::string::npos, scenario.read("h.json").find("\"profile_name\":\"f\\u0001<&>\""));
+    EXPECT_NE(std::string::npos, scenario.read("h.info").find("\nFN:1,f\x01<&>\n"));
+}
+
 TEST(Exports, GatesEndWithStatus3BelowTheThresholdAnd0AtIt)
 {
     Scenario scenario;
