@@ -10,6 +10,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <sys/stat.h>
 
 #include "shared/vemtra/client/src_root.h"
@@ -108,31 +109,86 @@ static int vemtra_Spi_Read_Token(FILE *stream, spi_buffer *buffer)
     return 1;
 }
 
+/* A decimal number as fscanf's "%d" or "%u" reads it, without the cost of
+ * a formatted read: white space skipped, an optional sign, the digits, the
+ * byte after them left unread; converted as that read converts it (strtol
+ * or strtoul of the text, then narrowed to 32 bits). Returns 1, or 0 when no
+ * digit follows. */
+static int vemtra_Spi_Read_Number(FILE *stream, int is_unsigned, uint32_t *value)
+{
+    int c;
+    do
+        c = getc_unlocked(stream);
+    while (c != EOF && isspace(c));
+    char text[64];
+    size_t length = 0;
+    std::string longer;
+    if (c == '+' || c == '-') {
+        text[length++] = static_cast<char>(c);
+        c = getc_unlocked(stream);
+    }
+    if (c == EOF || !isdigit(c)) {
+        if (c != EOF)
+            ungetc(c, stream);
+        return 0;
+    }
+    while (c != EOF && isdigit(c)) {
+        if (length == sizeof text - 1) {
+            longer.append(text, length);
+            length = 0;
+        }
+        text[length++] = static_cast<char>(c);
+        c = getc_unlocked(stream);
+    }
+    if (c != EOF)
+        ungetc(c, stream);
+    longer.append(text, length);
+    if (is_unsigned)
+        *value = static_cast<uint32_t>(strtoul(longer.c_str(), nullptr, 10));
+    else
+        *value = static_cast<uint32_t>(static_cast<int32_t>(strtol(longer.c_str(), nullptr, 10)));
+    return 1;
+}
+
+/* "%d" of vemtra_Spi_Read_Number. */
+static int vemtra_Spi_Read_Int(FILE *stream, int32_t *value)
+{
+    uint32_t bits;
+    if (!vemtra_Spi_Read_Number(stream, 0, &bits))
+        return 0;
+    *value = static_cast<int32_t>(bits);
+    return 1;
+}
+
 /* Reads line, block count, (excluded count,) and linkage. Returns the number
  * of fields read before the first mismatch. */
 static int vemtra_Spi_Read_Tail(FILE *stream, SPI_LINE_HEADER_S *record, int with_excluded)
 {
     int read = 0;
-    unsigned line;
-    int count;
-    if (fscanf(stream, " %u", &line) != 1)
+    uint32_t line;
+    int32_t count;
+    if (!vemtra_Spi_Read_Number(stream, 1, &line))
         return read;
     record->line = line;
     read++;
-    if (fscanf(stream, " %d", &count) != 1)
+    if (!vemtra_Spi_Read_Int(stream, &count))
         return read;
     record->block_count = count;
     read++;
     if (with_excluded) {
-        if (fscanf(stream, " %d", &count) != 1)
+        if (!vemtra_Spi_Read_Int(stream, &count))
             return read;
         record->excluded_block_count = count;
         read++;
     }
-    char linkage;
-    if (fscanf(stream, " %c", &linkage) != 1)
+    /* " %c": the first byte that is not white space. */
+    int linkage;
+    do
+        linkage = getc_unlocked(stream);
+    while (linkage != EOF && isspace(linkage));
+    if (linkage == EOF)
         return read;
-    record->linkage = linkage;
+    record->linkage = static_cast<char>(linkage);
     return read + 1;
 }
 
@@ -168,17 +224,24 @@ int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name, SPI_LIN
     int64_t start = checked_ftell(stream, spi_file_name);
 
     /* 2. The version mark and the length fields. */
-    int version = 0;
-    int has_number = fscanf(stream, "V%d", &version) == 1;
+    int32_t version = 0;
+    int has_number = 0;
+    int first = getc_unlocked(stream);
+    if (first == 'V')
+        has_number = vemtra_Spi_Read_Int(stream, &version);
+    else if (first != EOF)
+        ungetc(first, stream);
     int32_t bn_len = 0, fn_len = 0, bm_len = 0, mn_len = 0, rn_len = 0;
     int form; /* 3: V3/V4; 2: V2; 1: V1 and unversioned */
     if (has_number && (version == 3 || version == 4)) {
-        if (fscanf(stream, " %d %d %d %d %d", &bn_len, &fn_len, &bm_len, &mn_len, &rn_len) != 5)
-            return 0;
+        for (int32_t *length : {&bn_len, &fn_len, &bm_len, &mn_len, &rn_len})
+            if (!vemtra_Spi_Read_Int(stream, length))
+                return 0;
         form = 3;
     } else if (has_number && (version == 1 || version == 2)) {
-        if (fscanf(stream, " %d %d %d", &fn_len, &mn_len, &rn_len) != 3)
-            return 0;
+        for (int32_t *length : {&fn_len, &mn_len, &rn_len})
+            if (!vemtra_Spi_Read_Int(stream, length))
+                return 0;
         form = version;
     } else {
         fn_len = mn_len = rn_len = SPI_INITIAL_BUFFER;
