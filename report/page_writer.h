@@ -54,7 +54,9 @@ public:
     void flush();
 
 private:
-    static const size_t CAPACITY = 1 << 18;
+    /* Below the size that malloc serves with a mapping of its own, so that
+     * a page writer per page costs no system call. */
+    static const size_t CAPACITY = 1 << 16;
     FILE *stream_;
     std::unique_ptr<char[]> buffer_;
     size_t used_ = 0;
