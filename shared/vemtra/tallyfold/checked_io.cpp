@@ -88,11 +88,7 @@ FILE *VEMTRA_Open_Regular_File(const char *path)
         errno = ENOENT;
         return nullptr;
     }
-    int flags = fcntl(fd, F_GETFL);
-    if (flags == -1 || fcntl(fd, F_SETFL, flags & ~O_NONBLOCK) == -1) {
-        close(fd);
-        return nullptr;
-    }
+    /* O_NONBLOCK stays: it changes nothing for a regular file. */
     FILE *stream = fdopen(fd, "r");
     if (stream == nullptr)
         close(fd);
