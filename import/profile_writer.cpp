@@ -1,11 +1,11 @@
 // profile_writer.cpp -- static and dynamic profiles from a brief project
 // description. Multi-byte values are written little-endian byte by byte.
-#include "tests/support/profile_writer.h"
+#include "import/profile_writer.h"
 
 #include <cstdio>
 #include <map>
 
-namespace testsupport {
+namespace vemtra_writer {
 namespace {
 
 const uint64_t MAGIC_NEW = 0xDC12;
@@ -381,4 +381,4 @@ bool WriteBytes(const std::string &path, const std::string &bytes)
     return fclose(out) == 0 && ok;
 }
 
-}  // namespace testsupport
+}  // namespace vemtra_writer
