@@ -4,7 +4,7 @@
 # installed.
 set -eu
 
-PACKAGES="g++ cmake ninja-build libgtest-dev imagemagick chromium clang libclang-rt-14-dev lcov libxml2-utils"
+PACKAGES="g++ cmake ninja-build libgtest-dev imagemagick chromium clang libclang-rt-14-dev llvm lcov libxml2-utils libsimdjson-dev zlib1g-dev"
 
 missing=""
 for package in $PACKAGES; do

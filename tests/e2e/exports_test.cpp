@@ -12,8 +12,10 @@
 
 #include "tests/support/html_links.h"
 #include "tests/support/profile_writer.h"
+#include "tests/support/report_figures.h"
 #include "tests/support/scenario.h"
 
+using testsupport::FirstMatch;
 using testsupport::Project;
 using testsupport::RunResult;
 using testsupport::Scenario;
@@ -161,24 +163,6 @@ TEST(Exports, OutdirHoldsTheSameReport)
 
 // The numbers of one summary page row, in page order: for files, functions
 // and blocks each total, covered, uncovered and percentage.
-std::vector<std::string> SummaryCells(const std::string &page)
-{
-    std::vector<std::string> cells;
-    std::regex cell("<TD ALIGN=\"center\"[^>]*>\\s*([0-9.,]+)</TD>");
-    for (auto it = std::sregex_iterator(page.begin(), page.end(), cell); it != std::sregex_iterator(); ++it) {
-        std::string number = (*it)[1];
-        number.erase(std::remove(number.begin(), number.end(), ','), number.end());
-        cells.push_back(number);
-    }
-    return cells;
-}
-
-std::string Captured(const std::string &text, const std::string &pattern)
-{
-    std::smatch match;
-    return std::regex_search(text, match, std::regex(pattern)) ? match[1].str() : "(none)";
-}
-
 // genhtml renders the example's tracefile without a warning, and its
 // function totals are the summary page's; the JSON totals and the Cobertura
 // root's block figures are too, and xmllint finds the Cobertura file valid
@@ -194,7 +178,7 @@ TEST(Exports, RealToolsAgreeWithTheSummaryPageOnTheExample)
                                      "BEGIN_DEBUG_ONLY", "-endblkdsbl", "END_DEBUG_ONLY", "-lcov", "example.info",
                                      "-json", "example.json", "-cobertura", "example.xml"});
     ASSERT_EQ(0, result.status) << result.err;
-    std::vector<std::string> cells = SummaryCells(scenario.read("CodeCoverage/__CODE_COVERAGE.HTML"));
+    std::vector<std::string> cells = testsupport::SummaryPageCells(scenario.read("CodeCoverage/__CODE_COVERAGE.HTML"));
     ASSERT_EQ(12u, cells.size());
 
     RunResult genhtml = testsupport::RunProgram(testsupport::ProgramRun{
@@ -202,16 +186,16 @@ TEST(Exports, RealToolsAgreeWithTheSummaryPageOnTheExample)
         120, 0});
     ASSERT_EQ(0, genhtml.status) << genhtml.err;
     EXPECT_EQ(std::string::npos, (genhtml.out + genhtml.err).find("WARNING")) << genhtml.out << genhtml.err;
-    EXPECT_EQ(cells[5] + " of " + cells[4], Captured(genhtml.out, R"(functions\.+: [0-9.]+% \((\d+ of \d+))"));
+    EXPECT_EQ(cells[5] + " of " + cells[4], FirstMatch(genhtml.out, R"(functions\.+: [0-9.]+% \((\d+ of \d+))"));
 
     const std::string json = scenario.read("example.json");
-    EXPECT_EQ(cells[0], Captured(json, R"("totals":\{"files":(\d+))"));
-    EXPECT_EQ(cells[1], Captured(json, R"("files_covered":(\d+),"functions")"));
-    EXPECT_EQ(cells[4], Captured(json, R"("totals":\{[^}]*"functions":(\d+))"));
-    EXPECT_EQ(cells[5], Captured(json, R"("totals":\{[^}]*"functions_covered":(\d+))"));
-    EXPECT_EQ(cells[8], Captured(json, R"("totals":\{[^}]*"blocks":(\d+))"));
-    EXPECT_EQ(cells[9], Captured(json, R"("totals":\{[^}]*"blocks_covered":(\d+))"));
-    EXPECT_EQ(cells[11], Captured(json, R"("totals":\{[^}]*"block_percent":([0-9.]+))"));
+    EXPECT_EQ(cells[0], FirstMatch(json, R"("totals":\{"files":(\d+))"));
+    EXPECT_EQ(cells[1], FirstMatch(json, R"("files_covered":(\d+),"functions")"));
+    EXPECT_EQ(cells[4], FirstMatch(json, R"("totals":\{[^}]*"functions":(\d+))"));
+    EXPECT_EQ(cells[5], FirstMatch(json, R"("totals":\{[^}]*"functions_covered":(\d+))"));
+    EXPECT_EQ(cells[8], FirstMatch(json, R"("totals":\{[^}]*"blocks":(\d+))"));
+    EXPECT_EQ(cells[9], FirstMatch(json, R"("totals":\{[^}]*"blocks_covered":(\d+))"));
+    EXPECT_EQ(cells[11], FirstMatch(json, R"("totals":\{[^}]*"block_percent":([0-9.]+))"));
 
     RunResult xmllint = testsupport::RunProgram(testsupport::ProgramRun{
         "/usr/bin/xmllint", "xmllint",
@@ -222,8 +206,8 @@ TEST(Exports, RealToolsAgreeWithTheSummaryPageOnTheExample)
     EXPECT_EQ(0, xmllint.status) << xmllint.err;
     EXPECT_EQ(std::string::npos, xmllint.err.find("validity")) << xmllint.err;
     const std::string cobertura = scenario.read("example.xml");
-    EXPECT_EQ(cells[8], Captured(cobertura, R"re(<coverage [^>]*lines-valid="(\d+)")re"));
-    EXPECT_EQ(cells[9], Captured(cobertura, R"re(<coverage [^>]*lines-covered="(\d+)")re"));
+    EXPECT_EQ(cells[8], FirstMatch(cobertura, R"re(<coverage [^>]*lines-valid="(\d+)")re"));
+    EXPECT_EQ(cells[9], FirstMatch(cobertura, R"re(<coverage [^>]*lines-covered="(\d+)")re"));
 }
 
 }  // namespace
