@@ -188,7 +188,7 @@ bool readGcovJson(const simdjson::padded_string &text, const std::string &path,
 {
     simdjson::ondemand::parser parser;
     document doc;
-    bool iterating = false;
+    bool iterating = false, ended_early = false;
     std::string what;
     try {
         doc = parser.iterate(text);
@@ -221,8 +221,13 @@ bool readGcovJson(const simdjson::padded_string &text, const std::string &path,
         what = e.what();
     } catch (const simdjson::simdjson_error &e) {
         what = std::string("malformed JSON (") + e.what() + ")";
+        // The parser finds an unclosed document before it walks it.
+        if (e.error() == simdjson::INCOMPLETE_ARRAY_OR_OBJECT) {
+            iterating = false;
+            ended_early = true;
+        }
     }
-    error = path + ", " + (iterating ? placeOf(doc, text) : std::string("at the start")) + ": " + what;
+    error = path + ", " + (iterating ? placeOf(doc, text) : std::string(ended_early ? "at the end" : "at the start")) + ": " + what;
     return false;
 }
 
