@@ -1,6 +1,7 @@
 // Installation as a user or a packager does it: cmake --install into a
 // prefix, and cpack's Debian package installed by dpkg into a scratch root.
-// Both trees hold a working vemcov, its manual page and its documents.
+// Both trees hold a working vemcov and vemcov-import, their manual pages and
+// the documents.
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -26,12 +27,15 @@ RunResult RunTool(const Scenario &scenario, const std::string &program, const st
 void ExpectInstalledTree(const Scenario &scenario, const std::string &prefix)
 {
     namespace fs = std::filesystem;
-    for (const char *file : {"bin/vemcov", "share/man/man1/vemcov.1", "share/doc/vemcov/README.md",
-                             "share/doc/vemcov/formats.md", "share/doc/vemcov/choices.md"})
+    for (const char *file : {"bin/vemcov", "bin/vemcov-import", "share/man/man1/vemcov.1",
+                             "share/man/man1/vemcov-import.1", "share/doc/vemcov/README.md",
+                             "share/doc/vemcov/formats.md", "share/doc/vemcov/choices.md", "share/doc/vemcov/import.md"})
         EXPECT_TRUE(fs::is_regular_file(prefix + "/" + file)) << prefix << "/" << file;
-    RunResult version = RunTool(scenario, prefix + "/bin/vemcov", {"--version"});
-    EXPECT_EQ(0, version.status);
-    EXPECT_EQ(0u, version.out.rfind("vemcov ", 0)) << version.out;
+    for (const char *tool : {"vemcov", "vemcov-import"}) {
+        RunResult version = RunTool(scenario, prefix + "/bin/" + tool, {"--version"});
+        EXPECT_EQ(0, version.status);
+        EXPECT_EQ(0u, version.out.rfind(std::string(tool) + " ", 0)) << version.out;
+    }
 }
 
 TEST(Install, CmakeInstallIntoAPrefix)
