@@ -147,6 +147,19 @@ block_list_node *coverage_list::findPosition(uint32_t line, uint32_t column, blo
     return nullptr;
 }
 
+block_list_node *coverage_list::newPosition()
+{
+    if (usedInChunk == POSITION_CHUNK) {
+        ++chunkInUse;
+        usedInChunk = 0;
+    }
+    if (chunkInUse == positionChunks.size())
+        positionChunks.push_back(std::make_unique<block_list_node[]>(POSITION_CHUNK));
+    block_list_node *node = &positionChunks[chunkInUse][usedInChunk++];
+    *node = block_list_node{};
+    return node;
+}
+
 bool coverage_list::bAddBlockCount(const char *path, uint32_t line, uint32_t column, uint64_t count,
                                    bool newFunction, uint32_t **unexecutedOut)
 {
@@ -171,9 +184,7 @@ bool coverage_list::bAddBlockCount(const char *path, uint32_t line, uint32_t col
     bool crowded = false;
     block_list_node *node = findPosition(line, column, &link, &crowded);
     if (node == nullptr) {
-        node = static_cast<block_list_node *>(calloc(1, sizeof(block_list_node)));
-        if (node == nullptr)
-            return true;  /* the block is dropped */
+        node = newPosition();
         node->line = line;
         node->column = column;
         node->next = *link;
@@ -273,17 +284,9 @@ void coverage_list::deleteCurrentFile()
     file_list_node *file = currentFile;
     if (file == nullptr)
         return;
-    if (file->lineTable != nullptr) {
-        for (uint32_t line = 0; line <= file->lineSlots; ++line) {
-            block_list_node *node = file->lineTable[line];
-            while (node != nullptr) {
-                block_list_node *next = node->next;
-                free(node);
-                node = next;
-            }
-        }
-        free(file->lineTable);
-    }
+    free(file->lineTable);
+    chunkInUse = 0;
+    usedInChunk = 0;
     free(file->path);
     free(file);
     currentFile = nullptr;

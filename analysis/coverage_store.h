@@ -5,9 +5,11 @@
 #define VEMCOV_ANALYSIS_COVERAGE_STORE_H
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 /* Count stored for a position inside a function that never ran; never shown
  * as a number. */
@@ -111,6 +113,17 @@ private:
      * be linked in, and `crowded` whether that lies past the walked part of
      * the line (the node then belongs in crowdedPositions too). */
     block_list_node *findPosition(uint32_t line, uint32_t column, block_list_node ***link, bool *crowded) const;
+
+    /* A zeroed position node from the pool. */
+    block_list_node *newPosition();
+
+    /* The current file's position nodes come from chunks that are kept
+     * from file to file: a position costs no allocation of its own, and
+     * dropping a file's table is one reset. */
+    static const size_t POSITION_CHUNK = 4096;
+    std::vector<std::unique_ptr<block_list_node[]>> positionChunks;
+    size_t chunkInUse = 0;      /* index of the chunk being filled */
+    size_t usedInChunk = 0;     /* nodes handed out from it */
 
     /* The registered paths (views of the entries' own copies), so that a
      * registration costs the same however many files the run has. */

@@ -35,18 +35,16 @@ static char *copyOrExit(const char *text, const char *what)
 
 /* Consumes the rest of the current line (the call-site list). Returns true
  * while another line follows. */
-static bool skipToNextLine(FILE *spi)
+static bool skipToNextLine(VEMTRA_SPI_TEXT *spi)
 {
-    int c;
-    while ((c = getc(spi)) != EOF && c != '\n') {
+    const char *at = static_cast<const char *>(
+        memchr(spi->bytes + spi->position, '\n', spi->size - spi->position));
+    if (at == nullptr) {
+        spi->position = spi->size;
+        return false;
     }
-    if (c == EOF)
-        return false;
-    c = getc(spi);
-    if (c == EOF)
-        return false;
-    ungetc(c, spi);
-    return true;
+    spi->position = static_cast<size_t>(at - spi->bytes) + 1;
+    return spi->position < spi->size;
 }
 
 /* Step 10.5: one record for a function of a module of interest. */
@@ -76,17 +74,15 @@ static COMP *newComponent(const SPI_LINE_HEADER_S &header, const char *fileName,
 
 /* Step 10: the records in file order, appended to componentList as they
  * are read, so that a run ended by a later line still holds them. */
-static void readComponents(FILE *spi, const char *spiFileName)
+static void readComponents(VEMTRA_SPI_TEXT *spi, const char *spiFileName)
 {
-    int first = getc(spi);
-    if (first == EOF)
+    if (spi->size == 0)
         return;
-    ungetc(first, spi);
 
     COMP *tail = nullptr;
     do {
         SPI_LINE_HEADER_S header;
-        if (!VEMTRA_SPI_Read_Line_Header(spi, spiFileName, &header, 1)) {
+        if (!VEMTRA_SPI_Read_Line_Header_Text(spi, &header, 1)) {
             fprintf(stderr, MSG_CORRUPT, spiFileName);
             tvx_Exit(1);
         }
@@ -198,7 +194,10 @@ void buildComponentList(const char *spiFileName)
 
     /* Steps 10 to 12. */
     componentList = nullptr;
-    readComponents(spi, spiFileName);
+    VEMTRA_SPI_TEXT text;
+    VEMTRA_SPI_Read_Text(spi, spiFileName, &text);
+    readComponents(&text, spiFileName);
+    VEMTRA_SPI_Free_Text(&text);
     componentList = sortComponents(componentList);
     markModulesAndDuplicates(componentList);
 

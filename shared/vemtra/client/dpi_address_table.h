@@ -5,7 +5,9 @@
  * 991. A node whose address and name equal a new one's is not inserted
  * again; any other is appended at the end of its bucket's chain. A lookup
  * takes the first node with the address and calls it ambiguous (null) when
- * the node right after it has the same address.
+ * the node right after it has the same address. Insertions are held back
+ * until the first lookup and then made in the order they came, which gives
+ * the same tables; a run without lookups never builds them.
  */
 #ifndef VEMTRA_CLIENT_DPI_ADDRESS_TABLE_H
 #define VEMTRA_CLIENT_DPI_ADDRESS_TABLE_H

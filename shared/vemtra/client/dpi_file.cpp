@@ -396,17 +396,24 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
     for (DPI_DIRECTORY_ENTRY &entry : entries)
         vemtra_Fill_Entry(input_file, stream, &entry);
 
-    /* 6. Sorted by key; equal keys keep their file order. */
-    std::stable_sort(entries.begin(), entries.end(), vemtra_Key_Less);
+    /* 6. Sorted by key; equal keys keep their file order. The entries are
+     * large, so their places are sorted and each entry is moved once. */
+    std::vector<const DPI_DIRECTORY_ENTRY *> order;
+    order.reserve(entries.size());
+    for (const DPI_DIRECTORY_ENTRY &entry : entries)
+        order.push_back(&entry);
+    std::stable_sort(order.begin(), order.end(),
+                     [](const DPI_DIRECTORY_ENTRY *a, const DPI_DIRECTORY_ENTRY *b) { return vemtra_Key_Less(*a, *b); });
     dpi_file->directory =
         static_cast<DPI_DIRECTORY_ENTRY *>(VEMTRA_Malloc((entries.empty() ? 1 : entries.size()) * sizeof(DPI_DIRECTORY_ENTRY)));
-    if (!entries.empty())
-        memcpy(dpi_file->directory, entries.data(), entries.size() * sizeof(DPI_DIRECTORY_ENTRY));
+    for (size_t i = 0; i < order.size(); i++)
+        dpi_file->directory[i] = *order[i];
+    DPI_DIRECTORY_ENTRY *sorted = dpi_file->directory;
 
     /* 7. One warning per group of equal keys; the entries all stay. */
     for (size_t i = 1; i < entries.size(); i++) {
-        if (vemtra_Same_Key(entries[i], entries[i - 1]) && (i == 1 || !vemtra_Same_Key(entries[i - 1], entries[i - 2])))
-            VEMTRA_Tool_Warning(MSG_MULTIPLE, input_file->file_name, entries[i].lookup_key);
+        if (vemtra_Same_Key(sorted[i], sorted[i - 1]) && (i == 1 || !vemtra_Same_Key(sorted[i - 1], sorted[i - 2])))
+            VEMTRA_Tool_Warning(MSG_MULTIPLE, input_file->file_name, sorted[i].lookup_key);
     }
 
     /* 8. Ready for the pair walk and on-demand fetches. */

@@ -8,14 +8,6 @@
 #include "shared/vemtra/tallyfold/checked_alloc.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 
-struct VEMTRA_DPI_STREAM {
-    FILE *fp;                 /* the open file (not owned) */
-    const char *file_name;    /* for messages, or null */
-    int64_t size;             /* bytes in the file */
-    int64_t position;         /* logical read position */
-    unsigned char *image;     /* the whole file, then one NUL byte */
-};
-
 VEMTRA_DPI_STREAM *vemtra_Dpi_Stream_Create(FILE *fp, const char *file_name)
 {
     VEMTRA_DPI_STREAM *stream = static_cast<VEMTRA_DPI_STREAM *>(VEMTRA_Calloc(1, sizeof(VEMTRA_DPI_STREAM)));
@@ -70,19 +62,13 @@ void vemtra_Dpi_Stream_Seek(VEMTRA_DPI_STREAM *stream, uint64_t offset)
 /* The read cannot be satisfied: perform one at the end of the file so that
  * the checked wrapper reports it and ends the run. There is no system error
  * behind an end of file. */
-[[noreturn]] static void vemtra_Dpi_Stream_Short(VEMTRA_DPI_STREAM *stream)
+void vemtra_Dpi_Stream_Short(VEMTRA_DPI_STREAM *stream)
 {
     unsigned char byte;
     checked_fseek(stream->fp, 0, SEEK_END, stream->file_name);
     errno = 0;
     for (;;) /* the first read fails, unless the file grew since it was measured */
         checked_fread(&byte, 1, 1, stream->fp, stream->file_name);
-}
-
-void vemtra_Dpi_Stream_Need(VEMTRA_DPI_STREAM *stream, uint64_t count)
-{
-    if (stream->position > stream->size || count > static_cast<uint64_t>(stream->size - stream->position))
-        vemtra_Dpi_Stream_Short(stream);
 }
 
 void vemtra_Dpi_Stream_Read(VEMTRA_DPI_STREAM *stream, void *buffer, size_t count)
@@ -96,28 +82,6 @@ void vemtra_Dpi_Stream_Skip(VEMTRA_DPI_STREAM *stream, uint64_t count)
 {
     vemtra_Dpi_Stream_Need(stream, count);
     stream->position += static_cast<int64_t>(count);
-}
-
-uint64_t vemtra_Le_Value(const unsigned char *bytes, int width)
-{
-    uint64_t value = 0;
-    for (int i = width - 1; i >= 0; i--)
-        value = (value << 8) | bytes[i];
-    return value;
-}
-
-uint32_t vemtra_Dpi_Read_U32(VEMTRA_DPI_STREAM *stream)
-{
-    unsigned char bytes[4];
-    vemtra_Dpi_Stream_Read(stream, bytes, sizeof bytes);
-    return static_cast<uint32_t>(vemtra_Le_Value(bytes, 4));
-}
-
-uint64_t vemtra_Dpi_Read_U64(VEMTRA_DPI_STREAM *stream)
-{
-    unsigned char bytes[8];
-    vemtra_Dpi_Stream_Read(stream, bytes, sizeof bytes);
-    return vemtra_Le_Value(bytes, 8);
 }
 
 const char *vemtra_Dpi_String(const VEMTRA_DPI_STREAM *stream, uint64_t offset)

@@ -7,10 +7,9 @@
  */
 #include "shared/vemtra/client/spi_reader.h"
 
-#include <cctype>
 #include <cstdlib>
+#include <initializer_list>
 #include <cstring>
-#include <string>
 #include <sys/stat.h>
 
 #include "shared/vemtra/client/src_root.h"
@@ -42,27 +41,61 @@ static void vemtra_Spi_Buffer_Create(spi_buffer *buffer, int32_t capacity)
     buffer->capacity = capacity;
 }
 
-/* Bytes between the stream position and the end of its file, or -1 when
- * the stream is not a regular file. */
-static int64_t vemtra_Spi_Bytes_Left(FILE *stream)
+/* White space as the formatted reads of the C library see it in the "C"
+ * locale: space, \t, \n, \v, \f, \r. */
+static inline bool vemtra_Spi_Space(int c)
 {
-    struct stat info;
-    if (fstat(fileno(stream), &info) != 0 || !S_ISREG(info.st_mode))
-        return -1;
-    int64_t position = ftello(stream);
-    if (position < 0 || position > info.st_size)
-        return 0;
-    return info.st_size - position;
+    return c == ' ' || (c >= '\t' && c <= '\r');
 }
+
+static inline bool vemtra_Spi_Digit(int c)
+{
+    return c >= '0' && c <= '9';
+}
+
+/* The reader takes its bytes from a stream, or from a whole file held in
+ * memory; both give the same bytes, positions and failures. */
+struct vemtra_spi_stream_source {
+    FILE *stream;
+    const char *file_name;
+
+    int get() { return getc_unlocked(stream); }
+    void unget(int c) { ungetc(c, stream); }
+    int64_t tell() { return checked_ftell(stream, file_name); }
+    void seek(int64_t position) { checked_fseek(stream, position, SEEK_SET, file_name); }
+    /* Bytes between the position and the end of the file, or -1 when the
+     * stream is not a regular file. */
+    int64_t bytesLeft()
+    {
+        struct stat info;
+        if (fstat(fileno(stream), &info) != 0 || !S_ISREG(info.st_mode))
+            return -1;
+        int64_t position = ftello(stream);
+        if (position < 0 || position > info.st_size)
+            return 0;
+        return info.st_size - position;
+    }
+};
+
+struct vemtra_spi_text_source {
+    VEMTRA_SPI_TEXT *text;
+
+    int get() { return text->position < text->size ? static_cast<unsigned char>(text->bytes[text->position++]) : EOF; }
+    void unget(int) { text->position--; }
+    int64_t tell() { return static_cast<int64_t>(text->position); }
+    void seek(int64_t position) { text->position = static_cast<size_t>(position); }
+    int64_t bytesLeft() { return static_cast<int64_t>(text->size - text->position); }
+};
 
 /* Makes room for a token of `needed` bytes (terminator included). A token
  * can never be longer than what is left of the file, so an announced size
  * beyond that grows the buffer only as far as the file allows. */
-static void vemtra_Spi_Buffer_Reserve(spi_buffer *buffer, int64_t needed, FILE *stream)
+template <typename Source>
+static void vemtra_Spi_Buffer_Reserve(spi_buffer *buffer, int64_t needed, Source &in)
 {
     if (needed <= buffer->capacity)
         return;
-    int64_t left = vemtra_Spi_Bytes_Left(stream);
+    int64_t left = in.bytesLeft();
     if (left >= 0 && needed > left + 1)
         needed = left + 1;
     if (needed <= buffer->capacity || needed > INT32_MAX - SPI_BUFFER_SLACK)
@@ -72,7 +105,8 @@ static void vemtra_Spi_Buffer_Reserve(spi_buffer *buffer, int64_t needed, FILE *
 
 /* Reads one white-space-delimited token into `buffer`, never more than it
  * holds. Returns 1, or 0 when there is no token or it does not fit. */
-static int vemtra_Spi_Read_Token(FILE *stream, spi_buffer *buffer)
+template <typename Source>
+static int vemtra_Spi_Read_Token(Source &in, spi_buffer *buffer)
 {
     /* As fscanf(" %<capacity - 1>s") reads it, without the cost of a
      * formatted read per token: white space skipped, then up to the buffer's
@@ -80,8 +114,8 @@ static int vemtra_Spi_Read_Token(FILE *stream, spi_buffer *buffer)
      * white space after it left unread. */
     int c;
     do
-        c = getc_unlocked(stream);
-    while (c != EOF && isspace(c));
+        c = in.get();
+    while (c != EOF && vemtra_Spi_Space(c));
     if (c == EOF)
         return 0;
     const int32_t room = buffer->capacity - 1;
@@ -90,20 +124,20 @@ static int vemtra_Spi_Read_Token(FILE *stream, spi_buffer *buffer)
         buffer->text[length++] = static_cast<char>(c);
         if (length == room)
             break;
-        c = getc_unlocked(stream);
+        c = in.get();
         if (c == EOF)
             break;
-        if (isspace(c)) {
-            ungetc(c, stream);
+        if (vemtra_Spi_Space(c)) {
+            in.unget(c);
             break;
         }
     }
     buffer->text[length] = '\0';
     if (static_cast<int32_t>(strlen(buffer->text)) == buffer->capacity - 1) {
-        int next = getc(stream);
+        int next = in.get();
         if (next != EOF)
-            ungetc(next, stream);
-        if (next != EOF && !isspace(next))
+            in.unget(next);
+        if (next != EOF && !vemtra_Spi_Space(next))
             return 0;
     }
     return 1;
@@ -114,47 +148,60 @@ static int vemtra_Spi_Read_Token(FILE *stream, spi_buffer *buffer)
  * byte after them left unread; converted as that read converts it (strtol
  * or strtoul of the text, then narrowed to 32 bits). Returns 1, or 0 when no
  * digit follows. */
-static int vemtra_Spi_Read_Number(FILE *stream, int is_unsigned, uint32_t *value)
+template <typename Source>
+static int vemtra_Spi_Read_Number(Source &in, int is_unsigned, uint32_t *value)
 {
     int c;
     do
-        c = getc_unlocked(stream);
-    while (c != EOF && isspace(c));
-    char text[64];
-    size_t length = 0;
-    std::string longer;
+        c = in.get();
+    while (c != EOF && vemtra_Spi_Space(c));
+    bool negative = false;
     if (c == '+' || c == '-') {
-        text[length++] = static_cast<char>(c);
-        c = getc_unlocked(stream);
+        negative = c == '-';
+        c = in.get();
     }
-    if (c == EOF || !isdigit(c)) {
+    if (c == EOF || !vemtra_Spi_Digit(c)) {
         if (c != EOF)
-            ungetc(c, stream);
+            in.unget(c);
         return 0;
     }
-    while (c != EOF && isdigit(c)) {
-        if (length == sizeof text - 1) {
-            longer.append(text, length);
-            length = 0;
-        }
-        text[length++] = static_cast<char>(c);
-        c = getc_unlocked(stream);
+    /* The digits' value, and whether it passed 64 bits, for the saturation
+     * of strtol and strtoul. */
+    uint64_t magnitude = 0;
+    bool overflow = false;
+    while (c != EOF && vemtra_Spi_Digit(c)) {
+        uint64_t digit = static_cast<uint64_t>(c - '0');
+        if (magnitude > (UINT64_MAX - digit) / 10)
+            overflow = true;
+        else
+            magnitude = magnitude * 10 + digit;
+        c = in.get();
     }
     if (c != EOF)
-        ungetc(c, stream);
-    longer.append(text, length);
-    if (is_unsigned)
-        *value = static_cast<uint32_t>(strtoul(longer.c_str(), nullptr, 10));
-    else
-        *value = static_cast<uint32_t>(static_cast<int32_t>(strtol(longer.c_str(), nullptr, 10)));
+        in.unget(c);
+    if (is_unsigned) {
+        /* strtoul: saturates at its maximum; a minus sign negates. */
+        uint64_t converted = overflow ? UINT64_MAX : (negative ? 0 - magnitude : magnitude);
+        *value = static_cast<uint32_t>(converted);
+    } else {
+        /* strtol: saturates at either end of the 64-bit range. */
+        const uint64_t limit = negative ? uint64_t(INT64_MAX) + 1 : uint64_t(INT64_MAX);
+        int64_t converted;
+        if (overflow || magnitude >= limit)
+            converted = negative ? INT64_MIN : INT64_MAX;
+        else
+            converted = negative ? -static_cast<int64_t>(magnitude) : static_cast<int64_t>(magnitude);
+        *value = static_cast<uint32_t>(static_cast<int32_t>(converted));
+    }
     return 1;
 }
 
 /* "%d" of vemtra_Spi_Read_Number. */
-static int vemtra_Spi_Read_Int(FILE *stream, int32_t *value)
+template <typename Source>
+static int vemtra_Spi_Read_Int(Source &in, int32_t *value)
 {
     uint32_t bits;
-    if (!vemtra_Spi_Read_Number(stream, 0, &bits))
+    if (!vemtra_Spi_Read_Number(in, 0, &bits))
         return 0;
     *value = static_cast<int32_t>(bits);
     return 1;
@@ -162,21 +209,22 @@ static int vemtra_Spi_Read_Int(FILE *stream, int32_t *value)
 
 /* Reads line, block count, (excluded count,) and linkage. Returns the number
  * of fields read before the first mismatch. */
-static int vemtra_Spi_Read_Tail(FILE *stream, SPI_LINE_HEADER_S *record, int with_excluded)
+template <typename Source>
+static int vemtra_Spi_Read_Tail(Source &in, SPI_LINE_HEADER_S *record, int with_excluded)
 {
     int read = 0;
     uint32_t line;
     int32_t count;
-    if (!vemtra_Spi_Read_Number(stream, 1, &line))
+    if (!vemtra_Spi_Read_Number(in, 1, &line))
         return read;
     record->line = line;
     read++;
-    if (!vemtra_Spi_Read_Int(stream, &count))
+    if (!vemtra_Spi_Read_Int(in, &count))
         return read;
     record->block_count = count;
     read++;
     if (with_excluded) {
-        if (!vemtra_Spi_Read_Int(stream, &count))
+        if (!vemtra_Spi_Read_Int(in, &count))
             return read;
         record->excluded_block_count = count;
         read++;
@@ -184,8 +232,8 @@ static int vemtra_Spi_Read_Tail(FILE *stream, SPI_LINE_HEADER_S *record, int wit
     /* " %c": the first byte that is not white space. */
     int linkage;
     do
-        linkage = getc_unlocked(stream);
-    while (linkage != EOF && isspace(linkage));
+        linkage = in.get();
+    while (linkage != EOF && vemtra_Spi_Space(linkage));
     if (linkage == EOF)
         return read;
     record->linkage = static_cast<char>(linkage);
@@ -217,35 +265,35 @@ static void vemtra_Spi_Unmask(char *text)
             *text = ' ';
 }
 
-int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name, SPI_LINE_HEADER_S *record,
-                                uint32_t use_src_root)
+template <typename Source>
+static int vemtra_Spi_Read_Header(Source &in, SPI_LINE_HEADER_S *record, uint32_t use_src_root)
 {
     /* 1. Where the line starts, to come back for an unversioned line. */
-    int64_t start = checked_ftell(stream, spi_file_name);
+    int64_t start = in.tell();
 
     /* 2. The version mark and the length fields. */
     int32_t version = 0;
     int has_number = 0;
-    int first = getc_unlocked(stream);
+    int first = in.get();
     if (first == 'V')
-        has_number = vemtra_Spi_Read_Int(stream, &version);
+        has_number = vemtra_Spi_Read_Int(in, &version);
     else if (first != EOF)
-        ungetc(first, stream);
+        in.unget(first);
     int32_t bn_len = 0, fn_len = 0, bm_len = 0, mn_len = 0, rn_len = 0;
     int form; /* 3: V3/V4; 2: V2; 1: V1 and unversioned */
     if (has_number && (version == 3 || version == 4)) {
         for (int32_t *length : {&bn_len, &fn_len, &bm_len, &mn_len, &rn_len})
-            if (!vemtra_Spi_Read_Int(stream, length))
+            if (!vemtra_Spi_Read_Int(in, length))
                 return 0;
         form = 3;
     } else if (has_number && (version == 1 || version == 2)) {
         for (int32_t *length : {&fn_len, &mn_len, &rn_len})
-            if (!vemtra_Spi_Read_Int(stream, length))
+            if (!vemtra_Spi_Read_Int(in, length))
                 return 0;
         form = version;
     } else {
         fn_len = mn_len = rn_len = SPI_INITIAL_BUFFER;
-        checked_fseek(stream, start, SEEK_SET, spi_file_name);
+        in.seek(start);
         form = 1;
     }
     record->version = has_number ? version : 1;
@@ -260,11 +308,11 @@ int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name, SPI_LIN
 
     /* 4. Grow a buffer that cannot hold its announced field. The two base
      * directory lengths leave out the terminator; the other three count it. */
-    vemtra_Spi_Buffer_Reserve(&bn_buff, int64_t(bn_len) + 1, stream);
-    vemtra_Spi_Buffer_Reserve(&fn_buff, fn_len, stream);
-    vemtra_Spi_Buffer_Reserve(&bm_buff, int64_t(bm_len) + 1, stream);
-    vemtra_Spi_Buffer_Reserve(&mn_buff, mn_len, stream);
-    vemtra_Spi_Buffer_Reserve(&rn_buff, rn_len, stream);
+    vemtra_Spi_Buffer_Reserve(&bn_buff, int64_t(bn_len) + 1, in);
+    vemtra_Spi_Buffer_Reserve(&fn_buff, fn_len, in);
+    vemtra_Spi_Buffer_Reserve(&bm_buff, int64_t(bm_len) + 1, in);
+    vemtra_Spi_Buffer_Reserve(&mn_buff, mn_len, in);
+    vemtra_Spi_Buffer_Reserve(&rn_buff, rn_len, in);
 
     record->excluded_block_count = 0;
     bn_buff.text[0] = '\0';
@@ -277,11 +325,11 @@ int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name, SPI_LIN
 
     if (form != 3) {
         /* 5. Version 1 and 2 and unversioned lines: no base directories. */
-        if (!vemtra_Spi_Read_Token(stream, &fn_buff) || !vemtra_Spi_Read_Token(stream, &mn_buff) ||
-            !vemtra_Spi_Read_Token(stream, &rn_buff))
+        if (!vemtra_Spi_Read_Token(in, &fn_buff) || !vemtra_Spi_Read_Token(in, &mn_buff) ||
+            !vemtra_Spi_Read_Token(in, &rn_buff))
             return 0;
         int wanted = form == 2 ? 4 : 3;
-        if (vemtra_Spi_Read_Tail(stream, record, form == 2) != wanted)
+        if (vemtra_Spi_Read_Tail(in, record, form == 2) != wanted)
             return 0;
         record->full_path_name = fn_buff.text;
         record->full_path_module = mn_buff.text;
@@ -291,15 +339,15 @@ int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name, SPI_LIN
     }
 
     /* 6. Version 3 and 4 lines. */
-    if (bn_len != 0 && !vemtra_Spi_Read_Token(stream, &bn_buff))
+    if (bn_len != 0 && !vemtra_Spi_Read_Token(in, &bn_buff))
         return 0;
-    if (!vemtra_Spi_Read_Token(stream, &fn_buff))
+    if (!vemtra_Spi_Read_Token(in, &fn_buff))
         return 0;
-    if (bm_len != 0 && !vemtra_Spi_Read_Token(stream, &bm_buff))
+    if (bm_len != 0 && !vemtra_Spi_Read_Token(in, &bm_buff))
         return 0;
-    if (!vemtra_Spi_Read_Token(stream, &mn_buff) || !vemtra_Spi_Read_Token(stream, &rn_buff))
+    if (!vemtra_Spi_Read_Token(in, &mn_buff) || !vemtra_Spi_Read_Token(in, &rn_buff))
         return 0;
-    if (vemtra_Spi_Read_Tail(stream, record, 1) != 4)
+    if (vemtra_Spi_Read_Tail(in, record, 1) != 4)
         return 0;
 
     /* 7 and 8. The resolved paths; each re-roots on its own base directory. */
@@ -315,4 +363,49 @@ int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name, SPI_LIN
     for (spi_buffer *buffer : masked)
         vemtra_Spi_Unmask(buffer->text);
     return 1;
+}
+
+int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name, SPI_LINE_HEADER_S *record,
+                                uint32_t use_src_root)
+{
+    vemtra_spi_stream_source in{stream, spi_file_name};
+    return vemtra_Spi_Read_Header(in, record, use_src_root);
+}
+
+int VEMTRA_SPI_Read_Line_Header_Text(VEMTRA_SPI_TEXT *text, SPI_LINE_HEADER_S *record, uint32_t use_src_root)
+{
+    vemtra_spi_text_source in{text};
+    return vemtra_Spi_Read_Header(in, record, use_src_root);
+}
+
+void VEMTRA_SPI_Read_Text(FILE *stream, const char *spi_file_name, VEMTRA_SPI_TEXT *text)
+{
+    text->bytes = nullptr;
+    text->size = 0;
+    text->position = 0;
+    size_t capacity = 0;
+    char chunk[65536];
+    size_t got;
+    while ((got = fread(chunk, 1, sizeof chunk, stream)) > 0) {
+        if (text->size + got + 1 > capacity) {
+            capacity = (text->size + got + 1) * 2;
+            text->bytes = static_cast<char *>(VEMTRA_Realloc(text->bytes, capacity));
+        }
+        memcpy(text->bytes + text->size, chunk, got);
+        text->size += got;
+    }
+    if (text->size > 0) {
+        text->bytes[text->size] = '\0';
+        /* The line reader notes where each line starts; a stream that has
+         * no position fails here as it would on the first line. */
+        checked_ftell(stream, spi_file_name);
+    }
+}
+
+void VEMTRA_SPI_Free_Text(VEMTRA_SPI_TEXT *text)
+{
+    free(text->bytes);
+    text->bytes = nullptr;
+    text->size = 0;
+    text->position = 0;
 }

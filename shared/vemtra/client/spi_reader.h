@@ -16,4 +16,23 @@
 int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name,
                                 SPI_LINE_HEADER_S *record, uint32_t use_src_root);
 
+/* A whole static profile held in memory, and the read position in it: the
+ * file is read with one system call per 64 KiB instead of a position query
+ * per line. */
+struct VEMTRA_SPI_TEXT {
+    char *bytes;       /* the file's bytes and a NUL */
+    size_t size;
+    size_t position;
+};
+
+/* Reads the rest of `stream` into `text`. A non-empty file read from a
+ * stream without a position (a pipe) ends the run with the checked-tell
+ * message, as the first header read from the stream would. */
+void VEMTRA_SPI_Read_Text(FILE *stream, const char *spi_file_name, VEMTRA_SPI_TEXT *text);
+void VEMTRA_SPI_Free_Text(VEMTRA_SPI_TEXT *text);
+
+/* VEMTRA_SPI_Read_Line_Header on the text in memory, from its position:
+ * the same fields, the same result and the same position after it. */
+int VEMTRA_SPI_Read_Line_Header_Text(VEMTRA_SPI_TEXT *text, SPI_LINE_HEADER_S *record, uint32_t use_src_root);
+
 #endif

@@ -25,6 +25,9 @@ static int32_t last_dir_was_mapped = 0;
 static std::string simplified_path;
 static std::string physical_dir;
 static std::string physical_file_name;
+/* The name the last physical file name was made from: a module's functions
+ * are fetched one after the other under one file name. */
+static std::string physical_file_name_of;
 
 /* Removes the last directory of `out` for a "../"; false means give up. */
 static bool vemtra_Drop_Last_Dir(std::string &out)
@@ -119,6 +122,8 @@ const char *vemtra_Physical_Dir(const char *dir)
 
 const char *vemtra_Physical_File_Name(const char *file_name)
 {
+    if (!physical_file_name_of.empty() && physical_file_name_of == file_name)
+        return physical_file_name.c_str();
     const char *slash = strrchr(file_name, '/');
     const char *backslash = strrchr(file_name, '\\');
     const char *separator = (backslash != nullptr && (slash == nullptr || backslash > slash)) ? backslash : slash;
@@ -127,6 +132,7 @@ const char *vemtra_Physical_File_Name(const char *file_name)
     const char *name = separator != nullptr ? separator + 1 : file_name;
     std::string joined = std::string(vemtra_Physical_Dir(directory.c_str())) + "/" + name;
     physical_file_name = joined;
+    physical_file_name_of = file_name;
     return physical_file_name.c_str();
 }
 
