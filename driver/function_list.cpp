@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
+#include <unordered_set>
 
 #include "driver/component_file.h"
 #include "driver/console.h"
@@ -33,18 +35,18 @@ static char *copyOrExit(const char *text, const char *what)
     return copy;
 }
 
-/* Consumes the rest of the current line (the call-site list). Returns true
- * while another line follows. */
-static bool skipToNextLine(VEMTRA_SPI_TEXT *spi)
+/* The module's file name, one copy per distinct name: a module's
+ * functions share it, and it lives as long as the list. */
+static std::unordered_set<std::string_view> fileNames;
+
+static char *sharedFileName(const char *fileName)
 {
-    const char *at = static_cast<const char *>(
-        memchr(spi->bytes + spi->position, '\n', spi->size - spi->position));
-    if (at == nullptr) {
-        spi->position = spi->size;
-        return false;
-    }
-    spi->position = static_cast<size_t>(at - spi->bytes) + 1;
-    return spi->position < spi->size;
+    auto found = fileNames.find(fileName);
+    if (found != fileNames.end())
+        return const_cast<char *>(found->data());
+    char *copy = copyOrExit(fileName, "comp->fileName");
+    fileNames.insert(copy);
+    return copy;
 }
 
 /* Step 10.5: one record for a function of a module of interest. */
@@ -56,7 +58,7 @@ static COMP *newComponent(const SPI_LINE_HEADER_S &header, const char *fileName,
         fprintf(stderr, MSG_NO_MEMORY_FOR, static_cast<int>(sizeof(COMP)), "Components SPI");
         tvx_Exit(1);
     }
-    comp->fileName = copyOrExit(fileName, "comp->fileName");
+    comp->fileName = sharedFileName(fileName);
     comp->procName = copyOrExit(header.routine_name, "comp->procName");
     comp->line = static_cast<int32_t>(header.line);
     comp->block_count = static_cast<uint32_t>(header.block_count - header.excluded_block_count);
@@ -76,7 +78,7 @@ static COMP *newComponent(const SPI_LINE_HEADER_S &header, const char *fileName,
  * are read, so that a run ended by a later line still holds them. */
 static void readComponents(VEMTRA_SPI_TEXT *spi, const char *spiFileName)
 {
-    if (spi->size == 0)
+    if (VEMTRA_SPI_Text_Empty(spi))
         return;
 
     COMP *tail = nullptr;
@@ -100,7 +102,8 @@ static void readComponents(VEMTRA_SPI_TEXT *spi, const char *spiFileName)
         else
             tail->next = comp;
         tail = comp;
-    } while (skipToNextLine(spi));
+        /* The call-site list that ends the line is not needed here. */
+    } while (VEMTRA_SPI_Text_Next_Line(spi));
 }
 
 /* The sort key: file name, display name when both have one, profile name. */
@@ -174,7 +177,6 @@ static void markModulesAndDuplicates(COMP *head)
                 if (record->name != record->procName)
                     free(record->name);
                 free(record->procName);
-                free(record->fileName);
                 free(record);
                 continue;
             }
@@ -195,9 +197,9 @@ void buildComponentList(const char *spiFileName)
     /* Steps 10 to 12. */
     componentList = nullptr;
     VEMTRA_SPI_TEXT text;
-    VEMTRA_SPI_Read_Text(spi, spiFileName, &text);
+    VEMTRA_SPI_Text_Open(spi, spiFileName, &text);
     readComponents(&text, spiFileName);
-    VEMTRA_SPI_Free_Text(&text);
+    VEMTRA_SPI_Text_Close(&text);
     componentList = sortComponents(componentList);
     markModulesAndDuplicates(componentList);
 
@@ -207,4 +209,20 @@ void buildComponentList(const char *spiFileName)
     numComponents = 0;
     for (COMP *c = componentList; c != nullptr; c = c->next)
         numComponents++;
+}
+
+void freeComponentList()
+{
+    while (componentList != nullptr) {
+        COMP *next = componentList->next;
+        if (componentList->name != componentList->procName)
+            free(componentList->name);
+        free(componentList->procName);
+        free(componentList);
+        componentList = next;
+    }
+    for (std::string_view name : fileNames)
+        free(const_cast<char *>(name.data()));
+    fileNames.clear();
+    numComponents = 0;
 }

@@ -21,4 +21,8 @@ void buildComponentList(const char *spiFileName);
  * order. */
 void QuickSortComponents(COMP **array, int count);
 
+/* Frees the list and the file names its records share; the run itself
+ * keeps the list to its end. */
+void freeComponentList();
+
 #endif

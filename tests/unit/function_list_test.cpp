@@ -24,15 +24,7 @@ namespace {
 // reports whenever no stale copy of its head happens to survive.
 void FreeList()
 {
-    while (componentList != nullptr) {
-        COMP *next = componentList->next;
-        if (componentList->name != componentList->procName)
-            free(componentList->name);
-        free(componentList->procName);
-        free(componentList->fileName);
-        free(componentList);
-        componentList = next;
-    }
+    freeComponentList();
 }
 
 // Builds the list from `spi` and describes each record as

@@ -6,7 +6,6 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
-#include <vector>
 
 #include "shared/vemtra/client/dpi_segment.h"
 #include "shared/vemtra/tallyfold/checked_alloc.h"
@@ -55,23 +54,11 @@ struct vemtra_address_table {
 static vemtra_address_table *func_table = nullptr;
 static vemtra_address_table *vtbl_table = nullptr;
 
-/* Insertions wait here, in call order, until the first lookup: only the
- * call graph looks functions up by address, and every other run would pay
- * for two hash tables of every segment without using them. */
-struct vemtra_pending_func {
-    uint64_t address;
-    const char *function_name;
-    const char *file_name;
-    uint32_t word_b;
-    uint32_t flags;
-    float frequency;
-};
-struct vemtra_pending_vtbl {
-    uint64_t address;
-    const char *vtable_name;
-};
-static std::vector<vemtra_pending_func> pending_funcs;
-static std::vector<vemtra_pending_vtbl> pending_vtbls;
+/* The tables are filled on the first lookup, by the open profile's own
+ * routine: only the call graph looks functions up by address, and every
+ * other run would pay for two hash tables of every segment unused. */
+static void (*fill_tables)(void *context) = nullptr;
+static void *fill_context = nullptr;
 
 /* The records' names are the open profile's, so a record is freed alone. */
 static void vemtra_Table_Release(vemtra_address_table *table)
@@ -91,21 +78,21 @@ static void vemtra_Table_Release(vemtra_address_table *table)
 
 void vemtra_Address_Tables_Release(void)
 {
-    pending_funcs.clear();
-    pending_funcs.shrink_to_fit();
-    pending_vtbls.clear();
-    pending_vtbls.shrink_to_fit();
+    fill_tables = nullptr;
+    fill_context = nullptr;
     vemtra_Table_Release(func_table);
     vemtra_Table_Release(vtbl_table);
     func_table = nullptr;
     vtbl_table = nullptr;
 }
 
-void vemtra_Address_Tables_Create(void)
+void vemtra_Address_Tables_Create(void (*fill)(void *context), void *context)
 {
     vemtra_Address_Tables_Release();
     func_table = new vemtra_address_table();
     vtbl_table = new vemtra_address_table();
+    fill_tables = fill;
+    fill_context = context;
 }
 
 /* True when the table already holds this address under this name. */
@@ -134,20 +121,7 @@ static void vemtra_Table_Append(vemtra_address_table *table, uint64_t address, v
 void vemtra_Add_Func_Address(uint64_t address, const char *function_name, const char *file_name,
                              uint32_t word_b, uint32_t flags, float frequency)
 {
-    if (func_table != nullptr)
-        pending_funcs.push_back({address, function_name, file_name, word_b, flags, frequency});
-}
-
-void vemtra_Add_Vtbl_Address(uint64_t address, const char *vtable_name)
-{
-    if (vtbl_table != nullptr)
-        pending_vtbls.push_back({address, vtable_name});
-}
-
-static void vemtra_Insert_Func(uint64_t address, const char *function_name, const char *file_name,
-                               uint32_t word_b, uint32_t flags, float frequency)
-{
-    if (vemtra_Table_Holds(func_table, address, function_name))
+    if (func_table == nullptr || vemtra_Table_Holds(func_table, address, function_name))
         return;
     DPI_FUNC_INFO *info = static_cast<DPI_FUNC_INFO *>(VEMTRA_Malloc(sizeof(DPI_FUNC_INFO)));
     info->function_name = const_cast<char *>(function_name);
@@ -158,38 +132,24 @@ static void vemtra_Insert_Func(uint64_t address, const char *function_name, cons
     vemtra_Table_Append(func_table, address, info, info->function_name);
 }
 
-static void vemtra_Insert_Vtbl(uint64_t address, const char *vtable_name)
+void vemtra_Add_Vtbl_Address(uint64_t address, const char *vtable_name)
 {
-    if (vemtra_Table_Holds(vtbl_table, address, vtable_name))
+    if (vtbl_table == nullptr || vemtra_Table_Holds(vtbl_table, address, vtable_name))
         return;
     DPI_VTBL_INFO *info = static_cast<DPI_VTBL_INFO *>(VEMTRA_Malloc(sizeof(DPI_VTBL_INFO)));
     info->vtable_name = const_cast<char *>(vtable_name);
     vemtra_Table_Append(vtbl_table, address, info, info->vtable_name);
 }
 
-/* Moves the waiting insertions into the tables, in the order they came. */
-static void vemtra_Insert_Pending(void)
-{
-    if (func_table != nullptr) {
-        for (const vemtra_pending_func &f : pending_funcs)
-            vemtra_Insert_Func(f.address, f.function_name, f.file_name, f.word_b, f.flags, f.frequency);
-    }
-    if (vtbl_table != nullptr) {
-        for (const vemtra_pending_vtbl &v : pending_vtbls)
-            vemtra_Insert_Vtbl(v.address, v.vtable_name);
-    }
-    pending_funcs.clear();
-    pending_funcs.shrink_to_fit();
-    pending_vtbls.clear();
-    pending_vtbls.shrink_to_fit();
-}
-
 /* The first node with `address`, unless the node right after it in its
  * chain has the same address (only that one neighbour is examined). */
 static void *vemtra_Table_Lookup(const vemtra_address_table *table, uint64_t address)
 {
-    if (!pending_funcs.empty() || !pending_vtbls.empty())
-        vemtra_Insert_Pending();
+    if (fill_tables != nullptr) {
+        void (*fill)(void *) = fill_tables;
+        fill_tables = nullptr;
+        fill(fill_context);
+    }
     if (table == nullptr)
         return nullptr;
     auto found = table->first.find(address);

@@ -5,9 +5,9 @@
  * 991. A node whose address and name equal a new one's is not inserted
  * again; any other is appended at the end of its bucket's chain. A lookup
  * takes the first node with the address and calls it ambiguous (null) when
- * the node right after it has the same address. Insertions are held back
- * until the first lookup and then made in the order they came, which gives
- * the same tables; a run without lookups never builds them.
+ * the node right after it has the same address. The open profile fills
+ * them on the first lookup, in file order, which gives the same tables as
+ * filling them while opening; a run without lookups never builds them.
  */
 #ifndef VEMTRA_CLIENT_DPI_ADDRESS_TABLE_H
 #define VEMTRA_CLIENT_DPI_ADDRESS_TABLE_H
@@ -16,8 +16,10 @@
 
 #include "shared/vemtra/tallyfold/vemtra_records.h"
 
-/* Releases any previous tables and creates both empty. */
-void vemtra_Address_Tables_Create(void);
+/* Releases any previous tables and creates both empty. `fill`, when given,
+ * is called with `context` right before the first lookup, to insert the
+ * open profile's functions and virtual tables. */
+void vemtra_Address_Tables_Create(void (*fill)(void *context) = nullptr, void *context = nullptr);
 
 /* Empties and releases both tables; lookups then return null. */
 void vemtra_Address_Tables_Release(void);

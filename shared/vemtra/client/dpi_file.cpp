@@ -15,6 +15,7 @@
 #include <utility>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 #include "shared/vemtra/client/dpi_address_table.h"
@@ -244,6 +245,11 @@ struct vemtra_string_pool {
         }
     };
     std::vector<char *> owned;
+    /* The keys, laid end to end in large blocks: one per segment, they would
+     * otherwise cost an allocation (and its overhead) each. */
+    std::vector<std::unique_ptr<char[]>> key_blocks;
+    char *key_free = nullptr;
+    size_t key_room = 0;
     /* (file name, source-root length) -> the re-rooted name */
     std::unordered_map<std::pair<const void *, uint64_t>, char *, pair_hash> rerooted;
     /* file name -> the name with its directory's physical form */
@@ -255,6 +261,27 @@ struct vemtra_string_pool {
     {
         owned.push_back(text);
         return text;
+    }
+    char *keyBytes(size_t size)
+    {
+        static const size_t KEY_BLOCK = 1 << 16;
+        if (size > key_room) {
+            size_t block = size > KEY_BLOCK ? size : KEY_BLOCK;
+            key_blocks.emplace_back(new char[block]);
+            key_free = key_blocks.back().get();
+            key_room = block;
+        }
+        char *bytes = key_free;
+        key_free += size;
+        key_room -= size;
+        return bytes;
+    }
+    /* The look-up maps serve the directory's making only. */
+    void forgetLookups()
+    {
+        decltype(rerooted)().swap(rerooted);
+        decltype(physical)().swap(physical);
+        decltype(keys)().swap(keys);
     }
     ~vemtra_string_pool()
     {
@@ -301,21 +328,29 @@ static const char *vemtra_Basename(const char *name)
     return slash != nullptr ? slash + 1 : name;
 }
 
-/* "<file>'<function>'": the directory's sort and lookup key. */
-char *vemtra_Lookup_Key(const char *file_name, const char *function_name)
+/* "<file>'<function>'", the directory's sort and lookup key, made in the
+ * memory `allocate` gives for its size. */
+template <typename Allocate>
+static char *vemtra_Make_Key(const char *file_name, const char *function_name, Allocate allocate)
 {
     const char *file = file_name;
     if (VEMTRA_ignore_src_dir_names)
         file = vemtra_Simplify_Path(vemtra_Basename(file_name));
     size_t file_length = strlen(file);
     size_t function_length = strlen(function_name);
-    char *key = static_cast<char *>(VEMTRA_Malloc(file_length + function_length + 3));
+    char *key = allocate(file_length + function_length + 3);
     memcpy(key, file, file_length);
     key[file_length] = '\'';
     memcpy(key + file_length + 1, function_name, function_length);
     key[file_length + 1 + function_length] = '\'';
     key[file_length + function_length + 2] = '\0';
     return key;
+}
+
+char *vemtra_Lookup_Key(const char *file_name, const char *function_name)
+{
+    return vemtra_Make_Key(file_name, function_name,
+                           [](size_t size) { return static_cast<char *>(VEMTRA_Malloc(size)); });
 }
 
 static void vemtra_Fill_Entry(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STREAM *stream, DPI_DIRECTORY_ENTRY *entry)
@@ -342,20 +377,44 @@ static void vemtra_Fill_Entry(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STREAM *
     entry->function_name = const_cast<char *>(summary.function_name);
     char *&key = pool->keys[{entry->file_name, reinterpret_cast<uintptr_t>(entry->function_name)}];
     if (key == nullptr)
-        key = pool->own(vemtra_Lookup_Key(entry->file_name, entry->function_name));
+        key = vemtra_Make_Key(entry->file_name, entry->function_name,
+                              [pool](size_t size) { return pool->keyBytes(size); });
     entry->lookup_key = key;
     entry->flags = static_cast<uint32_t>(summary.word_c & 3);
     entry->word_b = summary.word_b;
     entry->frequency = static_cast<float>(summary.max_entry_count) / static_cast<float>(dpi_file->runs);
     if (entry->frequency > dpi_file->max_frequency)
         dpi_file->max_frequency = entry->frequency;
+}
 
-    /* 6. The address tables. */
-    if (summary.function_address != 0)
-        vemtra_Add_Func_Address(summary.function_address, entry->function_name, entry->file_name, entry->word_b,
-                                entry->flags, entry->frequency);
-    if (summary.vtable_address != 0)
-        vemtra_Add_Vtbl_Address(summary.vtable_address, summary.vtable_name);
+/* 6. The address tables, made on their first lookup: every entry's function
+ * and virtual table, in file order, with what the directory keeps of it. */
+static void vemtra_Fill_Address_Tables(void *context)
+{
+    DPI_FILE *dpi_file = static_cast<DPI_FILE *>(context);
+    std::vector<const DPI_DIRECTORY_ENTRY *> in_file_order;
+    in_file_order.reserve(dpi_file->segment_count);
+    for (uint32_t i = 0; i < dpi_file->segment_count; i++)
+        in_file_order.push_back(&dpi_file->directory[i]);
+    std::sort(in_file_order.begin(), in_file_order.end(),
+              [](const DPI_DIRECTORY_ENTRY *a, const DPI_DIRECTORY_ENTRY *b) {
+                  return a->segment_offset < b->segment_offset;
+              });
+    VEMTRA_DPI_STREAM *stream = dpi_file->stream;
+    int64_t position = vemtra_Dpi_Stream_Tell(stream);
+    for (const DPI_DIRECTORY_ENTRY *entry : in_file_order) {
+        vemtra_Dpi_Stream_Seek(stream, entry->segment_offset);
+        int wide = (vemtra_Dpi_Read_U32(stream) & VEMTRA_SEG_COUNTERS_64) != 0;
+        vemtra_Dpi_Stream_Seek(stream, entry->segment_offset);
+        VEMTRA_RECORD_SUMMARY summary;
+        vemtra_Read_Dpi_Summary(&summary, stream, wide);
+        if (summary.function_address != 0)
+            vemtra_Add_Func_Address(summary.function_address, entry->function_name, entry->file_name,
+                                    entry->word_b, entry->flags, entry->frequency);
+        if (summary.vtable_address != 0)
+            vemtra_Add_Vtbl_Address(summary.vtable_address, summary.vtable_name);
+    }
+    vemtra_Dpi_Stream_Seek(stream, static_cast<uint64_t>(position));
 }
 
 /* Entries of one (file, function) pair share their key, so a shared key is
@@ -381,8 +440,8 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
     dpi_file->stream = stream;
     vemtra_Dpi_Stream_Seek(stream, input_file->data_start);
 
-    /* 3. Fresh address tables. */
-    vemtra_Address_Tables_Create();
+    /* 3. Fresh address tables, filled when first looked into. */
+    vemtra_Address_Tables_Create(vemtra_Fill_Address_Tables, dpi_file);
 
     /* 4. Where each segment lies. Every record takes at least 8 bytes, so
      * the file's size bounds what is reserved for an announced count. */
@@ -415,6 +474,8 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
         if (vemtra_Same_Key(sorted[i], sorted[i - 1]) && (i == 1 || !vemtra_Same_Key(sorted[i - 1], sorted[i - 2])))
             VEMTRA_Tool_Warning(MSG_MULTIPLE, input_file->file_name, sorted[i].lookup_key);
     }
+
+    dpi_file->strings->forgetLookups();
 
     /* 8. Ready for the pair walk and on-demand fetches. */
     dpi_file->cursor = 0;

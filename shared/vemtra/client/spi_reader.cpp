@@ -77,14 +77,27 @@ struct vemtra_spi_stream_source {
     }
 };
 
+/* Positions are the window's: it only grows while a header is read. */
 struct vemtra_spi_text_source {
     VEMTRA_SPI_TEXT *text;
 
-    int get() { return text->position < text->size ? static_cast<unsigned char>(text->bytes[text->position++]) : EOF; }
+    int get()
+    {
+        if (text->position == text->size && !VEMTRA_SPI_Text_More(text))
+            return EOF;
+        return static_cast<unsigned char>(text->bytes[text->position++]);
+    }
     void unget(int) { text->position--; }
     int64_t tell() { return static_cast<int64_t>(text->position); }
     void seek(int64_t position) { text->position = static_cast<size_t>(position); }
-    int64_t bytesLeft() { return static_cast<int64_t>(text->size - text->position); }
+    int64_t bytesLeft()
+    {
+        struct stat info;
+        int64_t at = text->window_offset + static_cast<int64_t>(text->position);
+        if (fstat(fileno(text->stream), &info) != 0 || !S_ISREG(info.st_mode) || at > info.st_size)
+            return static_cast<int64_t>(text->size - text->position);
+        return info.st_size - at;
+    }
 };
 
 /* Makes room for a token of `needed` bytes (terminator included). A token
@@ -378,34 +391,74 @@ int VEMTRA_SPI_Read_Line_Header_Text(VEMTRA_SPI_TEXT *text, SPI_LINE_HEADER_S *r
     return vemtra_Spi_Read_Header(in, record, use_src_root);
 }
 
-void VEMTRA_SPI_Read_Text(FILE *stream, const char *spi_file_name, VEMTRA_SPI_TEXT *text)
+/* Bytes asked of the stream at a time, and how far the window may have
+ * moved on before its consumed part is dropped. */
+static const size_t SPI_TEXT_PIECE = 1 << 18;
+
+int VEMTRA_SPI_Text_More(VEMTRA_SPI_TEXT *text)
 {
-    text->bytes = nullptr;
-    text->size = 0;
-    text->position = 0;
-    size_t capacity = 0;
-    char chunk[65536];
-    size_t got;
-    while ((got = fread(chunk, 1, sizeof chunk, stream)) > 0) {
-        if (text->size + got + 1 > capacity) {
-            capacity = (text->size + got + 1) * 2;
-            text->bytes = static_cast<char *>(VEMTRA_Realloc(text->bytes, capacity));
-        }
-        memcpy(text->bytes + text->size, chunk, got);
-        text->size += got;
+    if (text->at_end)
+        return 0;
+    if (text->size + SPI_TEXT_PIECE + 1 > text->capacity) {
+        text->capacity = text->size + SPI_TEXT_PIECE + 1 > 2 * text->capacity ? text->size + SPI_TEXT_PIECE + 1
+                                                                              : 2 * text->capacity;
+        text->bytes = static_cast<char *>(VEMTRA_Realloc(text->bytes, text->capacity));
     }
-    if (text->size > 0) {
-        text->bytes[text->size] = '\0';
+    size_t got = fread(text->bytes + text->size, 1, SPI_TEXT_PIECE, text->stream);
+    text->size += got;
+    text->bytes[text->size] = '\0';
+    if (got == 0) {
+        text->at_end = 1;
+        return 0;
+    }
+    return 1;
+}
+
+void VEMTRA_SPI_Text_Open(FILE *stream, const char *spi_file_name, VEMTRA_SPI_TEXT *text)
+{
+    *text = VEMTRA_SPI_TEXT{};
+    text->stream = stream;
+    text->file_name = spi_file_name;
+    text->capacity = SPI_TEXT_PIECE + 1;
+    text->bytes = static_cast<char *>(VEMTRA_Malloc(text->capacity));
+    text->bytes[0] = '\0';
+    if (VEMTRA_SPI_Text_More(text)) {
         /* The line reader notes where each line starts; a stream that has
          * no position fails here as it would on the first line. */
-        checked_ftell(stream, spi_file_name);
+        text->window_offset = checked_ftell(stream, spi_file_name) - static_cast<int64_t>(text->size);
     }
 }
 
-void VEMTRA_SPI_Free_Text(VEMTRA_SPI_TEXT *text)
+int VEMTRA_SPI_Text_Empty(VEMTRA_SPI_TEXT *text)
+{
+    return text->position == text->size && !VEMTRA_SPI_Text_More(text);
+}
+
+int VEMTRA_SPI_Text_Next_Line(VEMTRA_SPI_TEXT *text)
+{
+    for (;;) {
+        const char *newline = static_cast<const char *>(
+            memchr(text->bytes + text->position, '\n', text->size - text->position));
+        if (newline != nullptr) {
+            text->position = static_cast<size_t>(newline - text->bytes) + 1;
+            break;
+        }
+        text->position = text->size;
+        if (!VEMTRA_SPI_Text_More(text))
+            return 0;
+    }
+    /* Between lines the consumed part of the window is dropped. */
+    if (text->position >= SPI_TEXT_PIECE) {
+        memmove(text->bytes, text->bytes + text->position, text->size - text->position + 1);
+        text->window_offset += static_cast<int64_t>(text->position);
+        text->size -= text->position;
+        text->position = 0;
+    }
+    return !VEMTRA_SPI_Text_Empty(text);
+}
+
+void VEMTRA_SPI_Text_Close(VEMTRA_SPI_TEXT *text)
 {
     free(text->bytes);
-    text->bytes = nullptr;
-    text->size = 0;
-    text->position = 0;
+    *text = VEMTRA_SPI_TEXT{};
 }

@@ -16,23 +16,39 @@
 int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name,
                                 SPI_LINE_HEADER_S *record, uint32_t use_src_root);
 
-/* A whole static profile held in memory, and the read position in it: the
- * file is read with one system call per 64 KiB instead of a position query
- * per line. */
+/* A static profile read through a window in memory: read in large pieces,
+ * with no position query per line, and holding only the lines not yet
+ * consumed (the window moves on at line ends), so that a profile of
+ * millions of functions costs no more memory than one of a few. */
 struct VEMTRA_SPI_TEXT {
-    char *bytes;       /* the file's bytes and a NUL */
-    size_t size;
-    size_t position;
+    FILE *stream;
+    const char *file_name;  /* for the checked-I/O messages */
+    char *bytes;            /* the window, then a NUL */
+    size_t size;            /* bytes in the window */
+    size_t capacity;
+    size_t position;        /* read position in the window */
+    int64_t window_offset;  /* file offset of bytes[0] */
+    int at_end;             /* the stream has no more bytes */
 };
 
-/* Reads the rest of `stream` into `text`. A non-empty file read from a
+/* Starts reading `stream` from its position. A non-empty file read from a
  * stream without a position (a pipe) ends the run with the checked-tell
  * message, as the first header read from the stream would. */
-void VEMTRA_SPI_Read_Text(FILE *stream, const char *spi_file_name, VEMTRA_SPI_TEXT *text);
-void VEMTRA_SPI_Free_Text(VEMTRA_SPI_TEXT *text);
+void VEMTRA_SPI_Text_Open(FILE *stream, const char *spi_file_name, VEMTRA_SPI_TEXT *text);
+void VEMTRA_SPI_Text_Close(VEMTRA_SPI_TEXT *text);
 
-/* VEMTRA_SPI_Read_Line_Header on the text in memory, from its position:
- * the same fields, the same result and the same position after it. */
+/* Appends the stream's next bytes to the window; 0 at the end of the file. */
+int VEMTRA_SPI_Text_More(VEMTRA_SPI_TEXT *text);
+
+/* True when no byte is left to read. */
+int VEMTRA_SPI_Text_Empty(VEMTRA_SPI_TEXT *text);
+
+/* Consumes the rest of the current line and its newline; returns 1 when
+ * another byte follows, else 0. */
+int VEMTRA_SPI_Text_Next_Line(VEMTRA_SPI_TEXT *text);
+
+/* VEMTRA_SPI_Read_Line_Header on the text, from its position: the same
+ * fields, the same result and the same position after it. */
 int VEMTRA_SPI_Read_Line_Header_Text(VEMTRA_SPI_TEXT *text, SPI_LINE_HEADER_S *record, uint32_t use_src_root);
 
 #endif
