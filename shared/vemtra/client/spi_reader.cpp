@@ -61,6 +61,23 @@ struct vemtra_spi_stream_source {
 
     int get() { return getc_unlocked(stream); }
     void unget(int c) { ungetc(c, stream); }
+    /* Up to `max` bytes that are not white space, into `out`; the white
+     * space that ends them is left unread. Returns how many. */
+    int32_t copyToken(char *out, int32_t max)
+    {
+        int32_t n = 0;
+        while (n < max) {
+            int c = get();
+            if (c == EOF)
+                break;
+            if (vemtra_Spi_Space(c)) {
+                unget(c);
+                break;
+            }
+            out[n++] = static_cast<char>(c);
+        }
+        return n;
+    }
     int64_t tell() { return checked_ftell(stream, file_name); }
     void seek(int64_t position) { checked_fseek(stream, position, SEEK_SET, file_name); }
     /* Bytes between the position and the end of the file, or -1 when the
@@ -88,6 +105,27 @@ struct vemtra_spi_text_source {
         return static_cast<unsigned char>(text->bytes[text->position++]);
     }
     void unget(int) { text->position--; }
+    /* As the stream's, on the window's bytes in place. */
+    int32_t copyToken(char *out, int32_t max)
+    {
+        int32_t n = 0;
+        while (n < max) {
+            if (text->position == text->size && !VEMTRA_SPI_Text_More(text))
+                break;
+            const char *from = text->bytes + text->position;
+            size_t available = text->size - text->position;
+            size_t limit = available < static_cast<size_t>(max - n) ? available : static_cast<size_t>(max - n);
+            size_t taken = 0;
+            while (taken < limit && !vemtra_Spi_Space(static_cast<unsigned char>(from[taken])))
+                ++taken;
+            memcpy(out + n, from, taken);
+            n += static_cast<int32_t>(taken);
+            text->position += taken;
+            if (taken < limit)
+                break;
+        }
+        return n;
+    }
     int64_t tell() { return static_cast<int64_t>(text->position); }
     void seek(int64_t position) { text->position = static_cast<size_t>(position); }
     int64_t bytesLeft()
@@ -133,18 +171,9 @@ static int vemtra_Spi_Read_Token(Source &in, spi_buffer *buffer)
         return 0;
     const int32_t room = buffer->capacity - 1;
     int32_t length = 0;
-    for (;;) {
-        buffer->text[length++] = static_cast<char>(c);
-        if (length == room)
-            break;
-        c = in.get();
-        if (c == EOF)
-            break;
-        if (vemtra_Spi_Space(c)) {
-            in.unget(c);
-            break;
-        }
-    }
+    buffer->text[length++] = static_cast<char>(c);
+    if (length != room)
+        length += in.copyToken(buffer->text + length, room - length);
     buffer->text[length] = '\0';
     if (static_cast<int32_t>(strlen(buffer->text)) == buffer->capacity - 1) {
         int next = in.get();

@@ -1,0 +1,54 @@
+#!/bin/sh
+# The cost of the documented report beside the floor under it, in one run:
+# a generated project of 2,000 files, 120,000 functions and 2.65 million
+# source lines; vemcov without HTML and with the full report (user and
+# system time, wall time, peak memory), and the time it takes merely to
+# read every source and write a tree of the same files with the same bytes
+# (bench/write_floor). Each command runs three times; the figures are
+# printed with the goals beside them, never checked.
+#
+#   sh bench/report_cost_bench.sh [work dir] [files] [functions per file] [lines per function]
+set -eu
+
+cd "$(dirname "$0")/.."
+DIR=${1:-/tmp/vemcov-bench-cost}
+FILES=${2:-2000}
+FUNCS=${3:-60}
+LINES=${4:-18}
+if [ ! -x /usr/bin/time ]; then
+    echo "report_cost_bench: /usr/bin/time is missing (apt-get install time)" >&2
+    exit 1
+fi
+cmake -S . -B build -G Ninja >/dev/null
+cmake --build build -j2 --target vemcov generate_project write_floor >/dev/null
+VEMCOV=$PWD/build/vemcov
+FLOOR=$PWD/build/bench/write_floor
+
+rm -rf "$DIR"
+build/bench/generate_project "$DIR" "$FILES" "$FUNCS" "$LINES"
+echo "== project: $FILES files, $((FILES * FUNCS)) functions, $(cat "$DIR"/src/*.c | wc -l) source lines"
+cat "$DIR"/src/*.c >/dev/null
+cd "$DIR"
+
+measure() {
+    label=$1
+    shift
+    /usr/bin/time -f '%e %U %S %M' -o time.txt "$@" >/dev/null 2>&1
+    read -r wall user sys rss < time.txt
+    printf '%-34s wall %6.2f s  user %5.2f s  system %5.2f s  peak memory %6d KiB\n' "$label" "$wall" "$user" "$sys" "$rss"
+}
+
+for round in 1 2 3; do
+    echo "-- round $round"
+    measure "vemcov -nohtml" "$VEMCOV" -nopmeter -nohtml
+    rm -rf CodeCoverage CODE_COVERAGE.HTML
+    sync
+    measure "vemcov (documented report)" "$VEMCOV" -nopmeter
+    mkdir -p floor-report
+    rm -rf floor-copy
+    cp CODE_COVERAGE.HTML floor-report/ && rm -rf floor-report/CodeCoverage && cp -r CodeCoverage floor-report/
+    sync
+    "$FLOOR" src floor-report floor-copy
+done
+echo "== goals: documented report user <= 0.40 s and wall <= 1.15 x the floor's wall;"
+echo "   -nohtml user <= 0.20 s; peak memory <= 64 MiB (65536 KiB)"
