@@ -291,6 +291,8 @@ bool processFunction(COMP *c, const char *fileName, ModuleTally &m)
             pgofDPIFile = nullptr;
             return false;
         }
+        if (lineInfo && s->blocks[i].end_line != 0)
+            g_cl.noteBlockEnd(line, col, s->blocks[i].end_line, s->blocks[i].end_col);
         /* Without partial coverage, the blocks that did not run at a
          * position where another did count as covered. */
         if (g_bNoPartial && unexecuted != nullptr && !infeasible && *unexecuted != 0) {

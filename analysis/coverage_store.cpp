@@ -213,6 +213,19 @@ bool coverage_list::bAddBlockCount(const char *path, uint32_t line, uint32_t col
     return true;
 }
 
+void coverage_list::noteBlockEnd(uint32_t line, uint32_t column, uint32_t endLine, uint32_t endColumn)
+{
+    if (currentFile == nullptr || currentFile->lineTable == nullptr || line == 0 || line >= currentFile->lineSlots)
+        return;
+    block_list_node *node = findPosition(line, column, nullptr, nullptr);
+    if (node == nullptr)
+        return;
+    if (endLine > node->endLine || (endLine == node->endLine && endColumn > node->endColumn)) {
+        node->endLine = endLine;
+        node->endColumn = endColumn;
+    }
+}
+
 bool coverage_list::bFetchHitCount(uint32_t line, uint32_t column, uint64_t *countOut, bool trackTop,
                                    bool *newFunctionOut, uint32_t *numBlocksOut, uint32_t *numExecutedOut,
                                    bool *lastBlockAdjustedOut)

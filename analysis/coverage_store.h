@@ -26,6 +26,8 @@ struct block_list_node {
     uint32_t numUnexecuted;    /* of them with count 0 */
     bool lastBlockAdjusted;    /* never set in practice; the listing honours it */
     bool newFunction;          /* OR of the flags passed with the blocks (-ref) */
+    uint32_t endLine;          /* the furthest end of the blocks starting here, when */
+    uint32_t endColumn;        /* the profile gives ends (packed ranges); else 0 */
 };
 
 /* Position table of one source file. */
@@ -82,6 +84,11 @@ public:
      * numUnexecuted counter once some block there ran, else null. */
     bool bAddBlockCount(const char *path, uint32_t line, uint32_t column, uint64_t count,
                         bool newFunction, uint32_t **unexecutedOut);
+
+    /* Records that a block starting at (line, column) of the current file
+     * ends at (endLine, endColumn), keeping the furthest end of the
+     * position's blocks. A position not recorded is left alone. */
+    void noteBlockEnd(uint32_t line, uint32_t column, uint32_t endLine, uint32_t endColumn);
 
     /* Looks a position up in the current file. False, with zero outputs,
      * when there is no table, the line is not below lineSlots or the position

@@ -41,6 +41,8 @@ void collectModuleDetails(ModuleReport *module, const coverage_list &store, cons
             position.executed = node->numExecuted;
             position.newFunction = node->newFunction;
             position.infeasible = markers != nullptr && markers->is_disabled_line(node->line);
+            position.endLine = node->endLine;
+            position.endColumn = node->endColumn;
             module->positions.push_back(position);
         }
     }

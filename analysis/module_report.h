@@ -24,6 +24,8 @@ struct PositionReport {
     bool neverCalled;      /* the mark of a function without a segment */
     bool newFunction;      /* -ref: inside a function new to the reference */
     bool infeasible;       /* on a line that markers exclude */
+    uint32_t endLine;      /* where its blocks' source range ends, when the */
+    uint32_t endColumn;    /* profile gives ends (packed ranges); else 0 */
 };
 
 /* One function the module's totals count (functions left out by markers or

@@ -201,6 +201,7 @@ static const OptionRule OPTIONS[] = {
     {"-outdir", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszOutDir = v; }},
     {"-cobertura", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszCoberturaOut = v; }},
     {"-json", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszJsonOut = v; }},
+    {"-html5", VALUE_OR_USAGE, nullptr, [](char *v) { g_lpszHtml5Out = v; }},
     {"-summary", NO_VALUE, nullptr, [](char *) { g_bSummary = 1; }},
     {"-minblock", VALUE_OR_USAGE, nullptr, [](char *v) { g_minBlockPercent = parseGate("-minblock", v); }},
     {"-minfunc", VALUE_OR_USAGE, nullptr, [](char *v) { g_minFuncPercent = parseGate("-minfunc", v); }},
@@ -305,14 +306,19 @@ static const char *exportOption()
 }
 
 /* Exports and gates are made from the full report's numbers: with -ref
- * (differential numbers) or on the fast road they are refused. */
+ * (differential numbers) or on the fast road they are refused. The modern
+ * view shows differential numbers as the documented report does, so only
+ * the fast road refuses it. */
 static void refuseExportsOffTheFullReport()
 {
     const char *option = exportOption();
+    bool view = option == nullptr && g_lpszHtml5Out != nullptr;
+    if (view)
+        option = "-html5";
     if (option == nullptr)
         return;
     const char *other = nullptr;
-    if (compWithRef)
+    if (compWithRef && !view)
         other = "-ref";
     else if (g_lpszTextOut != nullptr)
         other = "-txtfcvrg";

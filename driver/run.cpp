@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string>
 #include <vector>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -30,9 +31,11 @@
 #include "driver/settings.h"
 #include "driver/usage.h"
 #include "report/cobertura_writer.h"
+#include "report/html5_writer.h"
 #include "report/json_writer.h"
 #include "report/lcov_writer.h"
 #include "report/legacy_html_writer.h"
+#include "report/colors.h"
 #include "report/naming.h"
 #include "shared/vemtra/client/dpi_file.h"
 #include "shared/vemtra/client/src_root.h"
@@ -145,6 +148,29 @@ static void writeFastFiles(const OutputFiles &outputs)
         tvx_Exit(1);
 }
 
+/* Every module's path, for the modern view's common root. */
+static std::vector<std::string> modulePaths()
+{
+    std::vector<std::string> paths;
+    for (COMP *c = componentList; c != nullptr; c = c->next)
+        if (c->first_in_module)
+            paths.push_back(c->fileName);
+    return paths;
+}
+
+/* The colours the options changed from the documented report's, which the
+ * modern view's light theme takes over. */
+static Html5Colours chosenColours()
+{
+    static const char *const DEFAULTS[8] = {nullptr, "#90ee90", "#ffffff", "#ffffff", "#fafad2",
+                                            "#ffff99", "#ffcccc", "#ffffff"};
+    Html5Colours colours;
+    for (int c = 1; c < 8; ++c)
+        if (strcmp(takeBGColor(c), DEFAULTS[c]) != 0)
+            colours.byClass[c] = takeBGColor(c);
+    return colours;
+}
+
 /* The writers of the full road, in the order they write: the documented
  * HTML report first, then the exports the options ask for. */
 static std::vector<std::unique_ptr<ReportWriter>> reportWriters()
@@ -157,6 +183,9 @@ static std::vector<std::unique_ptr<ReportWriter>> reportWriters()
         writers.push_back(std::make_unique<CoberturaWriter>(g_lpszCoberturaOut));
     if (g_lpszJsonOut != nullptr)
         writers.push_back(std::make_unique<JsonWriter>(g_lpszJsonOut, g_lpszProjName));
+    if (g_lpszHtml5Out != nullptr)
+        writers.push_back(std::make_unique<Html5Writer>(g_lpszHtml5Out, modulePaths(), g_lpszProjName, compWithRef != 0,
+                                                        chosenColours()));
     return writers;
 }
 

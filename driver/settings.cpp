@@ -24,6 +24,7 @@ char *g_lpszbfullXMLOut = nullptr;
 char *g_lpszCallGraphOut = nullptr;
 char *g_lpszLcovOut = nullptr;
 char *g_lpszJsonOut = nullptr;
+char *g_lpszHtml5Out = nullptr;
 char *g_lpszCoberturaOut = nullptr;
 char *g_lpszOutDir = nullptr;
 int g_bSummary = 0;

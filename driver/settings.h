@@ -33,6 +33,7 @@ extern char *g_lpszbfullXMLOut;      /* argv; -xmlbcvrgfull */
 extern char *g_lpszCallGraphOut;     /* argv; -txtdcg */
 extern char *g_lpszLcovOut;          /* argv; -lcov, or null */
 extern char *g_lpszJsonOut;          /* argv; -json, or null */
+extern char *g_lpszHtml5Out;         /* argv; -html5, or null */
 extern char *g_lpszCoberturaOut;     /* argv; -cobertura, or null */
 extern char *g_lpszOutDir;           /* argv; -outdir: where the HTML report goes, or null */
 extern int g_bSummary;               /* -summary: totals on standard output */

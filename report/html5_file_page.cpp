@@ -1,0 +1,463 @@
+/* html5_file_page.cpp -- the modern view's page of one source file. */
+#include "report/html5_file_page.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "analysis/coverage_store.h"
+#include "analysis/percent_format.h"
+#include "report/colors.h"
+#include "report/source_listing.h"
+
+namespace {
+
+/* One line of the source: where its text lies in the file's bytes (without
+ * its line end: "\n", "\r\n" or a lone "\r"). */
+struct SourceLine {
+    size_t start;
+    size_t length;
+};
+
+std::vector<SourceLine> splitLines(const std::string &bytes)
+{
+    std::vector<SourceLine> lines;
+    size_t start = 0;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        if (bytes[i] != '\n' && bytes[i] != '\r')
+            continue;
+        lines.push_back(SourceLine{start, i - start});
+        if (bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n')
+            ++i;
+        start = i + 1;
+    }
+    if (start < bytes.size())
+        lines.push_back(SourceLine{start, bytes.size() - start});
+    return lines;
+}
+
+bool endsWith(const char *path, const char *suffix)
+{
+    size_t a = strlen(path), b = strlen(suffix);
+    return a >= b && strcmp(path + a - b, suffix) == 0;
+}
+
+bool isFortran(const char *path)
+{
+    for (const char *suffix : {".f", ".F", ".f77", ".f90", ".F90", ".f95", ".f03", ".f08", ".for", ".FOR"})
+        if (endsWith(path, suffix))
+            return true;
+    return false;
+}
+
+/* Lines that hold no code: blank, or only a comment (C and C++ comments,
+ * and '!' comments in Fortran sources). String literals are not looked at:
+ * a comment opener inside one is taken as a comment, which at worst ends a
+ * colour early. */
+std::vector<bool> codelessLines(const std::string &bytes, const std::vector<SourceLine> &lines, bool fortran)
+{
+    std::vector<bool> codeless(lines.size() + 2, false);
+    bool inBlock = false;
+    for (size_t n = 0; n < lines.size(); ++n) {
+        const char *p = bytes.data() + lines[n].start;
+        const char *end = p + lines[n].length;
+        bool code = false;
+        while (p < end) {
+            if (inBlock) {
+                const char *close = nullptr;
+                for (const char *q = p; q + 1 < end; ++q)
+                    if (q[0] == '*' && q[1] == '/') {
+                        close = q;
+                        break;
+                    }
+                if (close == nullptr)
+                    break;
+                inBlock = false;
+                p = close + 2;
+                continue;
+            }
+            char c = *p;
+            if (c == ' ' || c == '\t' || c == '\f' || c == '\v') {
+                ++p;
+                continue;
+            }
+            if (c == '/' && p + 1 < end && p[1] == '/')
+                break;
+            if (c == '/' && p + 1 < end && p[1] == '*') {
+                inBlock = true;
+                p += 2;
+                continue;
+            }
+            if (fortran && c == '!')
+                break;
+            code = true;
+            break;
+        }
+        codeless[n + 1] = !code;
+        /* A block comment opened after code on this line still runs on. */
+        if (code) {
+            for (const char *q = p; q + 1 < end; ++q) {
+                if (!inBlock && q[0] == '/' && q[1] == '/')
+                    break;
+                if (!inBlock && q[0] == '/' && q[1] == '*') {
+                    inBlock = true;
+                    ++q;
+                } else if (inBlock && q[0] == '*' && q[1] == '/') {
+                    inBlock = false;
+                    ++q;
+                }
+            }
+        }
+    }
+    return codeless;
+}
+
+struct Point {
+    uint32_t line;
+    uint32_t column;
+    bool operator<(const Point &o) const { return line != o.line ? line < o.line : column < o.column; }
+    bool operator<=(const Point &o) const { return !(o < *this); }
+};
+
+/* A painted stretch: [start, end) in (line, column), its class, and the
+ * position it comes from. */
+struct Stretch {
+    Point start;
+    Point end;
+    int colour;
+    const PositionReport *position;
+};
+
+int classOf(const PositionReport &p, bool reference)
+{
+    return classifyPosition(p.neverCalled ? NEVER_EXECUTED : p.count, p.blocks, p.executed, false, p.newFunction,
+                            reference);
+}
+
+std::vector<Stretch> stretchesOf(const ModuleReport &module, const std::vector<bool> &codeless, uint32_t lineCount,
+                                 bool reference)
+{
+    /* The first line, at or after each line, where a stretch without an
+     * end must stop: a blank or comment-only line or a function's first. */
+    std::vector<bool> stop(lineCount + 2, false);
+    for (uint32_t l = 1; l <= lineCount; ++l)
+        stop[l] = codeless[l];
+    for (const FunctionReport &f : module.functions)
+        if (f.line >= 1 && f.line <= lineCount)
+            stop[f.line] = true;
+    std::vector<uint32_t> nextStop(lineCount + 2, lineCount + 1);
+    for (uint32_t l = lineCount; l >= 1; --l)
+        nextStop[l] = stop[l] ? l : nextStop[l + 1];
+
+    std::vector<const PositionReport *> feasible;
+    for (const PositionReport &p : module.positions)
+        if (!p.infeasible && p.line >= 1 && p.line <= lineCount && p.column >= 1)
+            feasible.push_back(&p);
+    std::vector<Stretch> stretches;
+    for (size_t i = 0; i < feasible.size(); ++i) {
+        const PositionReport &p = *feasible[i];
+        Stretch s{{p.line, p.column}, {0, 0}, classOf(p, reference), &p};
+        Point given{p.endLine, p.endColumn};
+        if (p.endLine != 0 && s.start < given) {
+            s.end = given;
+        } else {
+            Point next{lineCount + 1, 1};
+            if (i + 1 < feasible.size())
+                next = Point{feasible[i + 1]->line, feasible[i + 1]->column};
+            Point stopAt{p.line + 1 <= lineCount ? nextStop[p.line + 1] : lineCount + 1, 1};
+            s.end = next < stopAt ? next : stopAt;
+        }
+        stretches.push_back(s);
+    }
+    return stretches;
+}
+
+const char *const GLYPH[8] = {nullptr, "&#8856;", nullptr, "&#10003;", "&#9680;", "&#10007;", "&#402;", nullptr};
+const char *const GLYPH_NAME[8] = {nullptr, "excluded", nullptr, "covered", "partly covered", "uncovered block",
+                                   "function never called", nullptr};
+
+/* The line's glyph class from the classes of the positions starting on it. */
+int lineStatus(const std::vector<int> &classes)
+{
+    if (classes.empty())
+        return 0;
+    bool all3 = true, all5 = true;
+    for (int c : classes) {
+        if (c == COLOR_UNCOVERED_FUNCTION)
+            return COLOR_UNCOVERED_FUNCTION;
+        all3 = all3 && c == COLOR_COVERED;
+        all5 = all5 && c == COLOR_UNCOVERED_BLOCK;
+    }
+    return all3 ? COLOR_COVERED : all5 ? COLOR_UNCOVERED_BLOCK : COLOR_PARTIAL;
+}
+
+bool isInfeasibleLine(const ModuleReport &module, uint32_t line)
+{
+    auto it = std::upper_bound(module.infeasibleLines.begin(), module.infeasibleLines.end(),
+                               std::make_pair(uint64_t(line), UINT64_MAX));
+    if (it == module.infeasibleLines.begin())
+        return false;
+    --it;
+    return it->first <= line && line <= it->second;
+}
+
+void writeTitle(Html5Page &page, const PositionReport &p)
+{
+    page.raw(" title=\"");
+    page.number(p.count);
+    page.raw(" (");
+    page.number(p.executed);
+    page.raw('/');
+    page.number(p.blocks);
+    page.raw(")\"");
+}
+
+void writeFunctionTable(Html5Page &page, const ModuleReport &module, bool reference)
+{
+    Html5Labels labels = html5Labels(reference);
+    page.raw("<section aria-labelledby=\"functions\"><h2 id=\"functions\">Functions</h2>\n"
+             "<div class=\"table-wrap\"><table class=\"data sortable\"><thead><tr>"
+             "<th scope=\"col\"><button type=\"button\">Function</button></th>"
+             "<th scope=\"col\"><button type=\"button\">Line</button></th>"
+             "<th scope=\"col\"><button type=\"button\">Blocks</button></th>"
+             "<th scope=\"col\"><button type=\"button\">");
+    page.text(reference ? "Missed" : "Covered");
+    page.raw("</button></th><th scope=\"col\"><button type=\"button\">");
+    page.text(reference ? "Miss %" : "Coverage %");
+    page.raw("</button></th></tr></thead>\n<tbody>\n");
+    for (const FunctionReport &f : module.functions) {
+        double percent = roundHalfUp2(coveragePercent(f.covered, f.blocks));
+        page.raw("<tr class=\"row\"><td><a href=\"#L");
+        page.number(f.line);
+        page.raw("\">");
+        page.text(f.name != nullptr ? f.name : f.procName);
+        page.raw("</a></td><td data-v=\"");
+        page.number(f.line);
+        page.raw("\">");
+        page.number(f.line);
+        page.raw("</td><td data-v=\"");
+        page.number(f.blocks);
+        page.raw("\">");
+        page.number(f.blocks);
+        page.raw("</td><td data-v=\"");
+        page.number(f.covered);
+        page.raw("\">");
+        page.number(f.covered);
+        page.raw("</td><td class=\"pct\" data-v=\"");
+        page.percent(percent);
+        page.raw("\">");
+        page.percent(percent);
+        page.raw("%</td></tr>\n");
+    }
+    page.raw("</tbody></table></div></section>\n");
+}
+
+void writeLegend(Html5Page &page, bool reference)
+{
+    page.raw("<ul class=\"legend\" aria-label=\"Legend\">");
+    const int classes[] = {COLOR_COVERED, COLOR_PARTIAL, COLOR_UNCOVERED_BLOCK, COLOR_UNCOVERED_FUNCTION,
+                           COLOR_INFEASIBLE};
+    for (int c : classes) {
+        page.raw("<li><span class=\"k");
+        page.number(static_cast<uint64_t>(c));
+        page.raw("\">");
+        page.raw(GLYPH[c]);
+        page.raw(" ");
+        if (reference && c == COLOR_COVERED)
+            page.raw("not newly covered");
+        else if (reference && c == COLOR_UNCOVERED_BLOCK)
+            page.raw("newly covered block");
+        else if (reference && c == COLOR_UNCOVERED_FUNCTION)
+            page.raw("newly covered function");
+        else
+            page.raw(GLYPH_NAME[c]);
+        page.raw("</span></li>");
+    }
+    page.raw("</ul>\n<p class=\"keys\">Keys: <kbd>n</kbd> next and <kbd>p</kbd> previous uncovered line, "
+             "<kbd>t</kbd> theme.</p>\n");
+}
+
+/* The source rows, painted. */
+void writeSource(Html5Page &page, const ModuleReport &module, const std::string &bytes, bool reference)
+{
+    std::vector<SourceLine> lines = splitLines(bytes);
+    uint32_t lineCount = static_cast<uint32_t>(lines.size());
+    std::vector<bool> codeless = codelessLines(bytes, lines, isFortran(module.path));
+    std::vector<Stretch> stretches = stretchesOf(module, codeless, lineCount, reference);
+
+    page.reserve(page.size() + bytes.size() * 2 + lines.size() * 48);
+    page.raw("<div class=\"code\" tabindex=\"0\" role=\"region\" aria-label=\"Listing\">"
+             "<table class=\"src\"><tbody>\n");
+    std::vector<size_t> active;             /* stretches in force, innermost last */
+    size_t nextStretch = 0;
+    struct Event {
+        uint32_t column;
+        int kind; /* 0: an end, 1: a start */
+        size_t stretch;
+    };
+    std::vector<Event> events;
+    std::vector<int> classes;
+    for (uint32_t line = 1; line <= lineCount; ++line) {
+        const SourceLine &text = lines[line - 1];
+        const char *chars = bytes.data() + text.start;
+        uint32_t endColumn = static_cast<uint32_t>(text.length) + 1;
+
+        events.clear();
+        classes.clear();
+        uint64_t hits = 0;
+        bool uncovered = false;
+        for (size_t s : active)
+            if (stretches[s].end.line == line)
+                events.push_back(Event{stretches[s].end.column, 0, s});
+        for (; nextStretch < stretches.size() && stretches[nextStretch].start.line == line; ++nextStretch) {
+            const Stretch &s = stretches[nextStretch];
+            events.push_back(Event{s.start.column, 1, nextStretch});
+            if (s.end.line == line)
+                events.push_back(Event{s.end.column, 0, nextStretch});
+            classes.push_back(s.colour);
+            hits = std::max(hits, s.position->count);
+            uncovered = uncovered || s.colour == COLOR_UNCOVERED_BLOCK || s.colour == COLOR_UNCOVERED_FUNCTION;
+        }
+        std::stable_sort(events.begin(), events.end(), [](const Event &a, const Event &b) {
+            return a.column != b.column ? a.column < b.column : a.kind < b.kind;
+        });
+
+        bool excluded = isInfeasibleLine(module, line);
+        int status = excluded ? COLOR_INFEASIBLE : lineStatus(classes);
+        page.raw("<tr id=\"L");
+        page.number(line);
+        page.raw(excluded ? "\" class=\"x\"" : (uncovered ? "\" class=\"u\"" : "\""));
+        page.raw("><td><a href=\"#L");
+        page.number(line);
+        page.raw("\">");
+        page.number(line);
+        page.raw("</a></td><td>");
+        if (status != 0) {
+            page.raw("<span title=\"");
+            page.raw(GLYPH_NAME[status]);
+            page.raw("\">");
+            page.raw(GLYPH[status]);
+            page.raw("</span>");
+        }
+        page.raw("</td><td>");
+        if (!classes.empty())
+            page.number(hits);
+        page.raw("</td><td>");
+
+        uint32_t column = 1;
+        auto emit = [&](uint32_t upTo, const PositionReport *titled) {
+            uint32_t to = std::min(upTo, endColumn);
+            if (to <= column)
+                return;
+            int colour = active.empty() || excluded ? 0 : stretches[active.back()].colour;
+            if (colour != 0) {
+                page.raw("<span class=\"k");
+                page.number(static_cast<uint64_t>(colour));
+                page.raw('"');
+                if (titled != nullptr)
+                    writeTitle(page, *titled);
+                page.raw('>');
+            }
+            page.text(chars + column - 1, to - column);
+            if (colour != 0)
+                page.raw("</span>");
+            column = to;
+        };
+        const PositionReport *titled = nullptr;
+        for (const Event &e : events) {
+            emit(e.column, titled);
+            if (e.column > column)
+                column = std::min(e.column, endColumn);
+            titled = nullptr;
+            if (e.kind == 0) {
+                auto it = std::find(active.rbegin(), active.rend(), e.stretch);
+                if (it != active.rend())
+                    active.erase(std::next(it).base());
+            } else {
+                active.push_back(e.stretch);
+                titled = stretches[e.stretch].position;
+            }
+        }
+        emit(endColumn, titled);
+        page.raw("</td></tr>\n");
+    }
+    page.raw("</tbody></table></div>\n");
+}
+
+}  // namespace
+
+Html5Labels html5Labels(bool reference)
+{
+    return reference ? Html5Labels{"missed", "miss"} : Html5Labels{"covered", "coverage"};
+}
+
+void writeHtml5Head(Html5Page &page, const std::string &title, const std::string &toRoot)
+{
+    page.raw("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>");
+    page.text(title);
+    page.raw("</title>\n<link rel=\"stylesheet\" href=\"");
+    page.raw(toRoot);
+    page.raw("style.css\">\n<script src=\"");
+    page.raw(toRoot);
+    page.raw("report.js\" defer></script>\n</head>\n");
+}
+
+void writeHtml5ThemeButton(Html5Page &page)
+{
+    page.raw("<button id=\"theme\" type=\"button\" hidden>Dark theme</button>\n");
+}
+
+void writeHtml5FilePage(const Html5FilePage &input, Html5Page &page)
+{
+    const ModuleReport &module = *input.module;
+    std::string title = input.shownPath + " - coverage";
+    if (input.project != nullptr)
+        title += std::string(" of ") + input.project;
+    writeHtml5Head(page, title, input.toRoot);
+    page.raw("<body>\n<header>\n<nav aria-label=\"Breadcrumb\"><a href=\"");
+    page.raw(input.toRoot);
+    page.raw("index.html\">All files</a> / ");
+    page.text(input.shownPath);
+    page.raw("</nav>\n<h1>");
+    page.text(input.shownPath);
+    page.raw("</h1>\n");
+    writeHtml5ThemeButton(page);
+    page.raw("</header>\n<main>\n<ul class=\"totals\">");
+    Html5Labels labels = html5Labels(input.reference);
+    struct {
+        const char *name;
+        uint64_t covered, total;
+        double percent;
+    } totals[] = {{"Functions", module.functionsCovered, module.functionsTotal, module.functionPercent},
+                  {"Blocks", module.blocksCovered, module.blocksTotal, module.blockPercent}};
+    for (const auto &t : totals) {
+        double rounded = roundHalfUp2(t.percent);
+        page.raw("<li>");
+        page.raw(t.name);
+        page.raw(" ");
+        page.text(labels.covered);
+        page.raw(": <strong>");
+        page.number(t.covered);
+        page.raw("</strong> of ");
+        page.number(t.total);
+        page.raw(" (");
+        page.percent(rounded);
+        page.raw("%) <meter min=\"0\" max=\"100\" value=\"");
+        page.percent(rounded);
+        page.raw("\" aria-label=\"");
+        page.raw(t.name);
+        page.raw(" ");
+        page.text(labels.coverage);
+        page.raw("\"></meter></li>");
+    }
+    page.raw("</ul>\n");
+    writeFunctionTable(page, module, input.reference);
+    page.raw("<section aria-labelledby=\"source\"><h2 id=\"source\">Source</h2>\n");
+    writeLegend(page, input.reference);
+    if (input.source != nullptr)
+        writeSource(page, module, *input.source, input.reference);
+    else
+        page.raw("<p>The source file could not be read.</p>\n");
+    page.raw("</section>\n</main>\n</body>\n</html>\n");
+}

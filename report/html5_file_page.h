@@ -1,0 +1,42 @@
+/* html5_file_page.h -- one source file's page of the modern view: the
+ * line-number gutter (each number a link), a status glyph and the highest
+ * count per line, the source with each recorded position's stretch painted
+ * in its colour class, and the file's function table.
+ *
+ * A stretch starts at its position. When the profile gives the block's end,
+ * it ends there, and an inner stretch shows over the one around it;
+ * otherwise it runs to the next position, but not onto a blank line, a line
+ * holding only a comment, or the first line of another function.
+ */
+#ifndef VEMCOV_REPORT_HTML5_FILE_PAGE_H
+#define VEMCOV_REPORT_HTML5_FILE_PAGE_H
+
+#include <string>
+
+#include "analysis/module_report.h"
+#include "report/html5_page.h"
+
+struct Html5FilePage {
+    const ModuleReport *module;
+    std::string shownPath;   /* the path below the report's common root */
+    std::string toRoot;      /* "../" repeated up to the view's root */
+    const char *project;     /* -prj, or null */
+    bool reference;          /* -ref: differential colours and labels */
+    const std::string *source; /* the file's bytes, or null when unreadable */
+};
+
+void writeHtml5FilePage(const Html5FilePage &input, Html5Page &page);
+
+/* The words of the columns: covered and coverage, or under -ref missed and
+ * miss, as the documented report labels them. */
+struct Html5Labels {
+    const char *covered;
+    const char *coverage;
+};
+Html5Labels html5Labels(bool reference);
+
+/* Shared by both page kinds: the head up to <body>, and the theme button. */
+void writeHtml5Head(Html5Page &page, const std::string &title, const std::string &toRoot);
+void writeHtml5ThemeButton(Html5Page &page);
+
+#endif
