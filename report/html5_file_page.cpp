@@ -173,6 +173,8 @@ std::vector<Stretch> stretchesOf(const ModuleReport &module, const std::vector<b
 }
 
 const char *const GLYPH[8] = {nullptr, "&#8856;", nullptr, "&#10003;", "&#9680;", "&#10007;", "&#402;", nullptr};
+/* The glyphs as UTF-8, for the rows. */
+const char *const GLYPH_TEXT[8] = {nullptr, "\u2298", nullptr, "\u2713", "\u25D0", "\u2717", "\u0192", nullptr};
 const char *const GLYPH_NAME[8] = {nullptr, "excluded", nullptr, "covered", "partly covered", "uncovered block",
                                    "function never called", nullptr};
 
@@ -285,7 +287,6 @@ void writeSource(Html5Page &page, const ModuleReport &module, const std::string 
     std::vector<bool> codeless = codelessLines(bytes, lines, isFortran(module.path));
     std::vector<Stretch> stretches = stretchesOf(module, codeless, lineCount, reference);
 
-    page.reserve(page.size() + bytes.size() * 2 + lines.size() * 48);
     page.raw("<div class=\"code\" tabindex=\"0\" role=\"region\" aria-label=\"Listing\">"
              "<table class=\"src\"><tbody>\n");
     std::vector<size_t> active;             /* stretches in force, innermost last */
@@ -324,25 +325,22 @@ void writeSource(Html5Page &page, const ModuleReport &module, const std::string 
 
         bool excluded = isInfeasibleLine(module, line);
         int status = excluded ? COLOR_INFEASIBLE : lineStatus(classes);
-        page.raw("<tr id=\"L");
+        /* The rows are the bulk of the view, so they are written in HTML's
+         * short form: unquoted plain attributes, no optional end tags. */
+        page.raw("<tr id=L");
         page.number(line);
-        page.raw(excluded ? "\" class=\"x\"" : (uncovered ? "\" class=\"u\"" : "\""));
-        page.raw("><td><a href=\"#L");
+        page.raw(excluded ? " class=x" : (uncovered ? " class=u" : ""));
+        page.raw("><td><a href=#L");
         page.number(line);
-        page.raw("\">");
+        page.raw('>');
         page.number(line);
-        page.raw("</a></td><td>");
-        if (status != 0) {
-            page.raw("<span title=\"");
-            page.raw(GLYPH_NAME[status]);
-            page.raw("\">");
-            page.raw(GLYPH[status]);
-            page.raw("</span>");
-        }
-        page.raw("</td><td>");
+        page.raw("</a><td>");
+        if (status != 0)
+            page.raw(GLYPH_TEXT[status]);
+        page.raw("<td>");
         if (!classes.empty())
             page.number(hits);
-        page.raw("</td><td>");
+        page.raw("<td>");
 
         uint32_t column = 1;
         auto emit = [&](uint32_t upTo, const PositionReport *titled) {
@@ -350,15 +348,18 @@ void writeSource(Html5Page &page, const ModuleReport &module, const std::string 
             if (to <= column)
                 return;
             int colour = active.empty() || excluded ? 0 : stretches[active.back()].colour;
+            /* A line's indentation is left unpainted. */
+            if (column == 1 && titled == nullptr &&
+                std::all_of(chars, chars + (to - 1), [](char c) { return c == ' ' || c == '\t'; }))
+                colour = 0;
             if (colour != 0) {
-                page.raw("<span class=\"k");
+                page.raw("<span class=k");
                 page.number(static_cast<uint64_t>(colour));
-                page.raw('"');
                 if (titled != nullptr)
                     writeTitle(page, *titled);
                 page.raw('>');
             }
-            page.text(chars + column - 1, to - column);
+            page.content(chars + column - 1, to - column);
             if (colour != 0)
                 page.raw("</span>");
             column = to;
@@ -379,7 +380,7 @@ void writeSource(Html5Page &page, const ModuleReport &module, const std::string 
             }
         }
         emit(endColumn, titled);
-        page.raw("</td></tr>\n");
+        page.raw('\n');
     }
     page.raw("</tbody></table></div>\n");
 }

@@ -2,7 +2,6 @@
 #include "report/html5_page.h"
 
 #include <cerrno>
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -25,17 +24,32 @@ void Html5Page::text(const char *value, size_t length)
     for (const char *p = value; p < end; ++p) {
         if (!table.special[static_cast<unsigned char>(*p)])
             continue;
-        bytes_.append(run, static_cast<size_t>(p - run));
+        out_.put(run, static_cast<size_t>(p - run));
         switch (*p) {
-        case '&': bytes_ += "&amp;"; break;
-        case '<': bytes_ += "&lt;"; break;
-        case '>': bytes_ += "&gt;"; break;
-        case '"': bytes_ += "&quot;"; break;
-        default: bytes_ += "&#39;"; break;
+        case '&': out_.put("&amp;"); break;
+        case '<': out_.put("&lt;"); break;
+        case '>': out_.put("&gt;"); break;
+        case '"': out_.put("&quot;"); break;
+        default: out_.put("&#39;"); break;
         }
         run = p + 1;
     }
-    bytes_.append(run, static_cast<size_t>(end - run));
+    out_.put(run, static_cast<size_t>(end - run));
+}
+
+void Html5Page::content(const char *value, size_t length)
+{
+    const char *run = value;
+    const char *end = value + length;
+    for (const char *p = value; p < end; ++p) {
+        char c = *p;
+        if (c != '&' && c != '<' && c != '>')
+            continue;
+        out_.put(run, static_cast<size_t>(p - run));
+        out_.put(c == '&' ? "&amp;" : c == '<' ? "&lt;" : "&gt;");
+        run = p + 1;
+    }
+    out_.put(run, static_cast<size_t>(end - run));
 }
 
 void Html5Page::text(const char *value)
@@ -44,34 +58,20 @@ void Html5Page::text(const char *value)
         text(value, strlen(value));
 }
 
-void Html5Page::number(uint64_t value)
-{
-    char digits[24];
-    char *p = digits + sizeof digits;
-    do {
-        *--p = static_cast<char>('0' + value % 10);
-        value /= 10;
-    } while (value != 0);
-    bytes_.append(p, static_cast<size_t>(digits + sizeof digits - p));
-}
-
-void Html5Page::percent(double rounded)
-{
-    /* Hundredths as a whole number: the value is already rounded. */
-    uint64_t hundredths = static_cast<uint64_t>(std::llround(rounded * 100.0));
-    number(hundredths / 100);
-    bytes_ += '.';
-    bytes_ += static_cast<char>('0' + hundredths / 10 % 10);
-    bytes_ += static_cast<char>('0' + hundredths % 10);
-}
-
-void Html5Page::save(const std::string &path) const
+static FILE *createPage(const std::string &path)
 {
     FILE *file = fopen(path.c_str(), "wb");
     if (file == nullptr) {
         fprintf(stderr, "ERROR: cannot write %s: %s\n", path.c_str(), strerror(errno));
         vemtra_Process_Exit(1);
     }
-    fwrite(bytes_.data(), 1, bytes_.size(), file);
-    checked_close_output(file, path.c_str());
+    return file;
+}
+
+Html5Page::Html5Page(const std::string &path) : path_(path), file_(createPage(path)), out_(file_) {}
+
+Html5Page::~Html5Page()
+{
+    out_.flush();
+    checked_close_output(file_, path_.c_str());
 }

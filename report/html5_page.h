@@ -1,36 +1,46 @@
-/* html5_page.h -- one page of the modern view, built in memory and written
- * with one call: raw markup, escaped text, and numbers made by hand. */
+/* html5_page.h -- one file of the modern view, written through the report's
+ * page writer: raw markup, text escaped for its context, and the numbers
+ * made by hand. */
 #ifndef VEMCOV_REPORT_HTML5_PAGE_H
 #define VEMCOV_REPORT_HTML5_PAGE_H
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <string>
+
+#include "report/page_writer.h"
 
 class Html5Page {
 public:
-    void raw(const char *markup) { bytes_ += markup; }
-    void raw(const std::string &markup) { bytes_ += markup; }
-    void raw(char c) { bytes_ += c; }
+    /* Creates `path`; a file that cannot be created ends the run with
+     * "ERROR: cannot write %s: %s" and status 1. */
+    explicit Html5Page(const std::string &path);
+    /* Writes what is left and closes the file; a failed write ends the run
+     * with the same message. */
+    ~Html5Page();
+    Html5Page(const Html5Page &) = delete;
+    Html5Page &operator=(const Html5Page &) = delete;
+
+    void raw(const char *markup) { out_.put(markup); }
+    void raw(const std::string &markup) { out_.put(markup); }
+    void raw(char c) { out_.put(c); }
 
     /* Text or a double-quoted attribute value: & < > " ' as entities. */
     void text(const char *value, size_t length);
     void text(const char *value);
     void text(const std::string &value) { text(value.data(), value.size()); }
+    /* Element content only (source text): & < > as entities, quotes kept. */
+    void content(const char *value, size_t length);
 
-    void number(uint64_t value);
+    void number(uint64_t value) { out_.putUnsigned(value); }
     /* A percentage already rounded to two decimals, as "83.33". */
-    void percent(double rounded);
-
-    /* Writes the page to `path`; a failed write ends the run with
-     * "ERROR: cannot write %s: %s" and status 1. */
-    void save(const std::string &path) const;
-
-    size_t size() const { return bytes_.size(); }
-    void reserve(size_t bytes) { bytes_.reserve(bytes); }
+    void percent(double rounded) { out_.putPercent(rounded, 0); }
 
 private:
-    std::string bytes_;
+    std::string path_;
+    FILE *file_;
+    PageWriter out_;
 };
 
 #endif

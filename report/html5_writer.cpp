@@ -164,12 +164,8 @@ std::string Html5Writer::pagePathFor(const std::string &shown)
 void Html5Writer::beginRun()
 {
     makeDirectories(dir_ + "/files");
-    Html5Page css;
-    css.raw(html5Stylesheet(colours_));
-    css.save(dir_ + "/style.css");
-    Html5Page script;
-    script.raw(html5Script());
-    script.save(dir_ + "/report.js");
+    Html5Page(dir_ + "/style.css").raw(html5Stylesheet(colours_));
+    Html5Page(dir_ + "/report.js").raw(html5Script());
 }
 
 void Html5Writer::module(const ModuleReport &module, bool analysed)
@@ -188,17 +184,16 @@ void Html5Writer::module(const ModuleReport &module, bool analysed)
     std::string source;
     bool read = readWhole(path.c_str(), source);
     Html5FilePage input{&module, shown, toRoot, project_, reference_, read ? &source : nullptr};
-    Html5Page out;
-    writeHtml5FilePage(input, out);
     std::string target = dir_ + "/" + page;
     makeDirectories(target.substr(0, target.rfind('/')));
-    out.save(target);
+    Html5Page out(target);
+    writeHtml5FilePage(input, out);
 }
 
 void Html5Writer::endRun(const RunReport &run)
 {
     Html5Labels labels = html5Labels(reference_);
-    Html5Page page;
+    Html5Page page(dir_ + "/index.html");
     std::string title = project_ != nullptr ? std::string("Coverage of ") + project_ : std::string("Coverage");
     writeHtml5Head(page, title, "");
     page.raw("<body>\n<header>\n<h1>");
@@ -323,5 +318,4 @@ void Html5Writer::endRun(const RunReport &run)
         page.raw("</tbody>\n");
     page.raw("</table></div></section>\n</main>\n<footer><p>Keys: <kbd>/</kbd> filter, <kbd>t</kbd> theme. "
              "Made by vemcov.</p></footer>\n</body>\n</html>\n");
-    page.save(dir_ + "/index.html");
 }

@@ -33,11 +33,16 @@ void PageWriter::putInt(int64_t value)
 
 void PageWriter::putPercent6(double percent)
 {
+    putPercent(percent, 6);
+}
+
+void PageWriter::putPercent(double percent, int width)
+{
     /* A value rounded to hundredths is within an ulp of n / 100, so the
-     * nearest whole number of hundredths is what "%6.2f" prints. */
+     * nearest whole number of hundredths is what "%*.2f" prints. */
     if (!(percent >= 0.0 && percent < 1e15)) {
         char text[64];
-        int length = snprintf(text, sizeof text, "%6.2f", percent);
+        int length = snprintf(text, sizeof text, "%*.2f", width, percent);
         put(text, static_cast<size_t>(length));
         return;
     }
@@ -52,7 +57,7 @@ void PageWriter::putPercent6(double percent)
         *--at = static_cast<char>('0' + whole % 10);
         whole /= 10;
     } while (whole != 0);
-    while (end - at < 6)
+    while (end - at < width)
         *--at = ' ';
     put(at, static_cast<size_t>(end - at));
 }

@@ -49,6 +49,8 @@ public:
     /* "%6.2f" of a percentage already rounded to two decimals (0 to 100,
      * as roundHalfUp2 gives it). */
     void putPercent6(double percent);
+    /* "%*.2f" of such a percentage, padded to `width` ("%.2f" with 0). */
+    void putPercent(double percent, int width);
 
     /* Hands everything written so far to the stream. */
     void flush();

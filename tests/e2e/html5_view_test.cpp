@@ -65,12 +65,15 @@ void WriteViewProject(Scenario &scenario)
     scenario.writeProfiles(p);
 }
 
+// The covered colour that -ccolor sets reaches the light theme; a -bcolor
+// value that is no plain colour stays out of the stylesheet.
 TEST(Html5View, PagesOfEveryKindOfLine)
 {
     Scenario scenario;
     WriteViewProject(scenario);
     RunResult result =
-        scenario.run({"-nopmeter", "-nohtml", "-prj", "<App>", "-onelinedsbl", "NF", "-html5", "view"});
+        scenario.run({"-nopmeter", "-nohtml", "-prj", "<App>", "-onelinedsbl", "NF", "-ccolor", "#c0ffc0", "-bcolor",
+                      "red;}*{display:none", "-html5", "view"});
     EXPECT_EQ(0, result.status) << result.err;
     testsupport::ExpectGolden("html5_view", scenario, result);
 }
