@@ -43,15 +43,16 @@ function checkLinks() {
   const idsOf = (file) => {
     if (!ids.has(file)) {
       const text = fs.readFileSync(file, 'utf8');
-      ids.set(file, new Set([...text.matchAll(/ id="([^"]+)"/g)].map((m) => m[1])));
+      // Quoted or, in the rows' short form, unquoted.
+      ids.set(file, new Set([...text.matchAll(/ id=(?:"([^"]+)"|([^\s">]+))/g)].map((m) => m[1] ?? m[2])));
     }
     return ids.get(file);
   };
   let links = 0;
   for (const page of pages) {
     const text = fs.readFileSync(page, 'utf8');
-    for (const match of text.matchAll(/ (?:href|src)="([^"]*)"/g)) {
-      const link = match[1].replace(/&amp;/g, '&');
+    for (const match of text.matchAll(/ (?:href|src)=(?:"([^"]*)"|([^\s">]+))/g)) {
+      const link = (match[1] ?? match[2]).replace(/&amp;/g, '&');
       links++;
       const [target, anchor] = link.split('#');
       const file = target === '' ? page : path.resolve(path.dirname(page), decodeURIComponent(target));
