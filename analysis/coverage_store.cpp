@@ -306,6 +306,20 @@ void coverage_list::deleteCurrentFile()
     crowdedPositions.clear();
 }
 
+void coverage_list::moveCurrentFileTo(coverage_list &into)
+{
+    into.currentFile = currentFile;
+    into.positionChunks.swap(positionChunks);
+    into.chunkInUse = chunkInUse;
+    into.usedInChunk = usedInChunk;
+    into.crowdedPositions.swap(crowdedPositions);
+    currentFile = nullptr;
+    positionChunks.clear();
+    chunkInUse = 0;
+    usedInChunk = 0;
+    crowdedPositions.clear();
+}
+
 coverage_list::~coverage_list()
 {
     deleteCurrentFile();

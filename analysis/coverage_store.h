@@ -114,6 +114,12 @@ public:
     /* Frees the current file's position table and clears currentFile. */
     void deleteCurrentFile();
 
+    /* Hands the current file's position table, with the nodes it holds, to
+     * `into` (which has none), and clears currentFile; the file list stays
+     * here. Lets the pages of a file be written while the next one is
+     * analysed. */
+    void moveCurrentFileTo(coverage_list &into);
+
 private:
     /* The node of (line, column) in the current file's table, or null. When
      * `link` is given it receives where a new node of that position is to

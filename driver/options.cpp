@@ -36,6 +36,7 @@ static const char MSG_NO_DB_PASSWORD[] = "ERROR: password to access the database
 static const char MSG_NO_CALL_GRAPH_FILE[] = "ERROR: file name for CallGraph output is not specified.\n";
 
 static const char MSG_BAD_PERCENT[] = "ERROR: %s takes a percentage from 0 to 100, not '%s'.\n";
+static const char MSG_BAD_JOBS[] = "ERROR: -j takes a number of threads from 1 to 64, not '%s'.\n";
 static const char MSG_FULL_REPORT_ONLY[] =
     "ERROR: option %s works on the full report only; it cannot be combined with %s.\n";
 
@@ -61,6 +62,19 @@ static double parseGate(const char *option, const char *value)
         tvx_Exit(1);
     }
     return percent;
+}
+
+/* The number of threads of -j: a whole number from 1 to 64. A value that
+ * is not ends the run with status 1. */
+static int parseJobs(const char *value)
+{
+    char *end = nullptr;
+    long jobs = strtol(value, &end, 10);
+    if (end == value || *end != '\0' || jobs < 1 || jobs > 64) {
+        fprintf(stderr, MSG_BAD_JOBS, value);
+        tvx_Exit(1);
+    }
+    return static_cast<int>(jobs);
 }
 
 /* How an option treats the argument after it. */
@@ -205,6 +219,7 @@ static const OptionRule OPTIONS[] = {
     {"-summary", NO_VALUE, nullptr, [](char *) { g_bSummary = 1; }},
     {"-minblock", VALUE_OR_USAGE, nullptr, [](char *v) { g_minBlockPercent = parseGate("-minblock", v); }},
     {"-minfunc", VALUE_OR_USAGE, nullptr, [](char *v) { g_minFuncPercent = parseGate("-minfunc", v); }},
+    {"-j", VALUE_OR_USAGE, nullptr, [](char *v) { g_jobs = parseJobs(v); }},
 };
 
 template <size_t N>

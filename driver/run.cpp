@@ -176,7 +176,7 @@ static Html5Colours chosenColours()
 static std::vector<std::unique_ptr<ReportWriter>> reportWriters()
 {
     std::vector<std::unique_ptr<ReportWriter>> writers;
-    writers.push_back(std::make_unique<LegacyHtmlWriter>());
+    writers.push_back(std::make_unique<LegacyHtmlWriter>(g_jobs));
     if (g_lpszLcovOut != nullptr)
         writers.push_back(std::make_unique<LcovWriter>(g_lpszLcovOut));
     if (g_lpszCoberturaOut != nullptr)

@@ -30,6 +30,7 @@ char *g_lpszOutDir = nullptr;
 int g_bSummary = 0;
 double g_minBlockPercent = -1.0;
 double g_minFuncPercent = -1.0;
+int g_jobs = 1;
 int g_bCallGraph = 0;
 int html_output = 1;
 int g_bNoHTML = 0;

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include "analysis/coverage_state.h"
+#include "analysis/module_handoff.h"
 #include "analysis/coverage_store.h"
 #include "driver/console.h"
 #include "driver/settings.h"
@@ -35,16 +36,43 @@ void LegacyHtmlWriter::beginRun()
         tvx_Exit(1);
 }
 
+LegacyHtmlWriter::LegacyHtmlWriter(int threads)
+{
+    if (threads > 1)
+        jobs_ = std::make_unique<PageJobs>(threads - 1);
+}
+
+/* The pages of a module taken over from the analysis, on a page thread. */
+static void writeDetachedModule(const DetachedModule &module, const char *ext)
+{
+    static thread_local ListingWorkArea work;
+    ModulePages pages{module.store.currentFile->path, const_cast<coverage_list *>(&module.store), module.markers,
+                      module.functionsByLine, module.functionPercent, module.blockPercent,
+                      module.covered, module.coveredCount, module.uncovered, module.uncoveredCount};
+    if (!writeModulePages(pages, ext, &work))
+        tvx_Exit(1);
+}
+
 void LegacyHtmlWriter::module(const ModuleReport &, bool analysed)
 {
-    if (analysed && !g_bNoHTML && !bOutputLineCoverage(g_lpszOutFileExt, &listingWork_))
-        tvx_Exit(1);
+    if (!analysed || g_bNoHTML)
+        return;
+    if (jobs_ == nullptr || g_cl.currentFile == nullptr) {
+        if (!bOutputLineCoverage(g_lpszOutFileExt, &listingWork_))
+            tvx_Exit(1);
+        return;
+    }
+    std::shared_ptr<DetachedModule> module(detachCurrentModule());
+    const char *ext = g_lpszOutFileExt;
+    jobs_->submit([module, ext] { writeDetachedModule(*module, ext); });
 }
 
 /* The covered-file and uncovered-file tables, each only when it has files,
  * then the summary page and the root frameset. */
 void LegacyHtmlWriter::endRun(const RunReport &)
 {
+    if (jobs_ != nullptr)
+        jobs_->wait();
     if (g_bNoHTML)
         return;
     int coveredCount = 0, uncoveredCount = 0;

@@ -4,11 +4,18 @@
 #ifndef VEMCOV_REPORT_LEGACY_HTML_WRITER_H
 #define VEMCOV_REPORT_LEGACY_HTML_WRITER_H
 
+#include <memory>
+
 #include "report/line_coverage.h"
+#include "report/page_jobs.h"
 #include "report/report_writer.h"
 
 class LegacyHtmlWriter : public ReportWriter {
 public:
+    /* With `threads` above 1, each module's pages are written by one of
+     * threads - 1 page-writing threads while the run analyses the next
+     * modules; the files are the same. */
+    explicit LegacyHtmlWriter(int threads = 1);
     /* Unless -nohtml: the report directory, the toolbar, help and images. */
     void beginRun() override;
     /* Unless -nohtml: an analysed module's listing, lists and frameset. */
@@ -18,6 +25,7 @@ public:
 
 private:
     ListingWorkArea listingWork_;
+    std::unique_ptr<PageJobs> jobs_;
 };
 
 #endif

@@ -22,8 +22,9 @@ static const SortType UNCOVERED_ORDERS[] = {1, -1, 3, -3};
 static const SortType UNCOVERED_ORDERS_REFERENCE[] = {1, -1, 2, -2};
 
 /* Steps 1 to 9: the listing page. */
-static bool writeListing(const char *path, const char *ext, ListingWorkArea *work)
+static bool writeListing(const ModulePages &module, const char *ext, ListingWorkArea *work)
 {
+    const char *path = module.path;
     MarkerLine marker;
     markerLineCreate(&marker);
 
@@ -45,11 +46,11 @@ static bool writeListing(const char *path, const char *ext, ListingWorkArea *wor
 
     ListingSource file;
     file.path = path;
-    file.funcPercent = functionCoverage;
-    file.blockPercent = blockCoverage;
-    file.store = &g_cl;
-    file.infeasible = pars;
-    file.functionsByLine = first_func_line;
+    file.funcPercent = module.functionPercent;
+    file.blockPercent = module.blockPercent;
+    file.store = module.store;
+    file.infeasible = module.infeasible;
+    file.functionsByLine = module.functionsByLine;
     ListingOptions options;
     options.counts = g_bXCOUNTS != 0;
     options.reference = compWithRef != 0;
@@ -75,19 +76,24 @@ static bool writeLists(bool covered, const char *path, const char *ext, func **f
     return true;
 }
 
+bool writeModulePages(const ModulePages &module, const char *ext, ListingWorkArea *work)
+{
+    if (!writeListing(module, ext, work))
+        return false;
+    bool hasCovered = module.coveredCount > 0;
+    bool hasUncovered = module.uncoveredCount > 0;
+    if (hasCovered && !writeLists(true, module.path, ext, module.covered, module.coveredCount))
+        return false;
+    if (hasUncovered && !writeLists(false, module.path, ext, module.uncovered, module.uncoveredCount))
+        return false;
+    return bCreateFileFrameset(module.path, ext, hasCovered, hasUncovered);
+}
+
 bool bOutputLineCoverage(const char *ext, ListingWorkArea *work)
 {
     if (g_cl.currentFile == nullptr)
         return false;
-    const char *path = g_cl.currentFile->path;
-    if (!writeListing(path, ext, work))
-        return false;
-
-    bool hasCovered = numFileFuncsCovered > 0;
-    bool hasUncovered = numFileFuncsUncovered > 0;
-    if (hasCovered && !writeLists(true, path, ext, fileFuncsCovered, numFileFuncsCovered))
-        return false;
-    if (hasUncovered && !writeLists(false, path, ext, fileFuncsUncovered, numFileFuncsUncovered))
-        return false;
-    return bCreateFileFrameset(path, ext, hasCovered, hasUncovered);
+    ModulePages module{g_cl.currentFile->path, &g_cl, pars, first_func_line, functionCoverage, blockCoverage,
+                       fileFuncsCovered, numFileFuncsCovered, fileFuncsUncovered, numFileFuncsUncovered};
+    return writeModulePages(module, ext, work);
 }

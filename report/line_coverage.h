@@ -23,4 +23,28 @@ struct ListingWorkArea {
  * grow; the frameset is then not written. */
 bool bOutputLineCoverage(const char *ext, ListingWorkArea *work);
 
+class coverage_list;
+class parser;
+struct COMP;
+struct func;
+
+/* What the pages of one source file are written from: the run's current
+ * module, or one taken over from it (detachCurrentModule) to be written on
+ * another thread. */
+struct ModulePages {
+    const char *path;
+    coverage_list *store;         /* its current file holds the positions */
+    const parser *infeasible;
+    COMP *functionsByLine;
+    double functionPercent;
+    double blockPercent;
+    func **covered;
+    int coveredCount;
+    func **uncovered;
+    int uncoveredCount;
+};
+
+/* The pages of `module`, as bOutputLineCoverage writes the current one. */
+bool writeModulePages(const ModulePages &module, const char *ext, ListingWorkArea *work);
+
 #endif

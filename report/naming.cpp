@@ -31,34 +31,40 @@ static const size_t NAME_COMPONENT_MAX = 255;
 /* "_" and 16 hexadecimal digits of the hash that stand for a cut name. */
 static const size_t HASH_SUFFIX_LENGTH = 17;
 
-static char *nameBuffer = nullptr;
-static size_t nameBufferSize = INITIAL_NAME_BUFFER_SIZE;
+/* Each thread's own name buffer, freed when the thread ends. */
+struct NameBuffer {
+    char *bytes = nullptr;
+    size_t size = INITIAL_NAME_BUFFER_SIZE;
+    ~NameBuffer() { free(bytes); }
+};
+static thread_local NameBuffer names;
 
-/* The shared buffer with room for at least `need` bytes. When the current
+/* The thread's buffer (page writers may run on several threads) with
+ * room for at least `need` bytes. When the current
  * one is too small it is replaced by one of the smallest power of two
  * strictly greater than `need`. */
 static char *reserveName(size_t need)
 {
-    if (nameBuffer != nullptr && need <= nameBufferSize)
-        return nameBuffer;
-    if (need > nameBufferSize) {
+    if (names.bytes != nullptr && need <= names.size)
+        return names.bytes;
+    if (need > names.size) {
         size_t size = 1;
         while (size <= need)
             size <<= 1;
-        nameBufferSize = size;
+        names.size = size;
     }
-    free(nameBuffer);
-    nameBuffer = static_cast<char *>(malloc(nameBufferSize));
-    if (nameBuffer == nullptr) {
-        fprintf(stderr, "ERROR: out of memory! requested size = %d\n", (int)nameBufferSize);
+    free(names.bytes);
+    names.bytes = static_cast<char *>(malloc(names.size));
+    if (names.bytes == nullptr) {
+        fprintf(stderr, "ERROR: out of memory! requested size = %d\n", (int)names.size);
         tvx_Exit(1);
     }
-    return nameBuffer;
+    return names.bytes;
 }
 
 size_t reportNameBufferSize()
 {
-    return nameBufferSize;
+    return names.size;
 }
 
 /* 64-bit FNV-1a: a fixed, well-spread hash, the same on every host. */

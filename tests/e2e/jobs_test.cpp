@@ -1,0 +1,106 @@
+// -j: the pages written on several threads are the same files, byte for
+// byte, as those written one after the other, and the run prints the same.
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/profile_writer.h"
+#include "tests/support/scenario.h"
+
+namespace {
+
+using testsupport::Project;
+using testsupport::RunResult;
+using testsupport::Scenario;
+
+// Twelve files of four functions each: covered, partly covered, never
+// called and a function under an infeasible marker, with crowded lines.
+void WriteProject(Scenario &scenario, Project &current, Project &reference)
+{
+    const std::string src = scenario.dir() + "/src/";
+    for (int f = 0; f < 12; ++f) {
+        std::string name = "unit" + std::to_string(f) + ".c";
+        std::string text;
+        for (int fn = 0; fn < 4; ++fn) {
+            text += "int f" + std::to_string(fn) + "(int x)\n{\n";
+            text += fn == 3 ? "    return x; // NOT_FEASIBLE\n" : "    if (x > 1) return x; else return -x;\n";
+            text += "}\n";
+        }
+        scenario.write("src/" + name, text);
+        for (int fn = 0; fn < 4; ++fn) {
+            uint32_t line = static_cast<uint32_t>(fn * 4 + 1);
+            std::string function = "f" + std::to_string(fn);
+            uint64_t ran = static_cast<uint64_t>((f + fn) % 3);
+            auto &spec = current.Add(src + name, function, line)
+                             .Blocks({{ran + 1, line + 1, 1}, {ran, line + 2, 5}, {0, line + 2, 16}, {ran, line + 2, 28}});
+            if (fn == 2 && f % 2 == 0)
+                spec.OnlyInSpi();
+            reference.Add(src + name, function, line).Blocks({{1, line + 1, 1}, {f % 2 == 0 ? 1u : 0u, line + 2, 5},
+                                                              {0, line + 2, 16}, {0, line + 2, 28}});
+        }
+    }
+}
+
+// Runs vemcov with `args` and returns everything it wrote; the files are
+// removed afterwards, so that the next run starts from the inputs alone.
+std::map<std::string, std::string> RunAndCollect(const Scenario &scenario, const std::vector<std::string> &args,
+                                                 RunResult &result)
+{
+    result = scenario.run(args);
+    std::map<std::string, std::string> written = scenario.outputs();
+    for (const auto &file : written)
+        std::filesystem::remove(scenario.path(file.first));
+    return written;
+}
+
+TEST(Jobs, FourThreadsWriteTheSameFilesAsOne)
+{
+    Scenario scenario;
+    Project current, reference;
+    WriteProject(scenario, current, reference);
+    scenario.writeProfiles(current);
+    scenario.write("old.dpi", testsupport::DpiBytes(reference));
+    const std::vector<std::vector<std::string>> runs = {
+        {"-counts", "-onelinedsbl", "NOT_FEASIBLE", "-txtbcvrgfull", "full.txt", "-xmlbcvrgfull", "full.xml",
+         "-lcov", "cov.info", "-cobertura", "cov.xml", "-json", "cov.json", "-html5", "view"},
+        {"-counts", "-ref", "old.dpi", "-onelinedsbl", "NOT_FEASIBLE", "-txtbcvrgfull", "full.txt",
+         "-xmlbcvrgfull", "full.xml"},
+    };
+    for (const std::vector<std::string> &options : runs) {
+        std::vector<std::string> one = options, four = options;
+        one.insert(one.end(), {"-j", "1"});
+        four.insert(four.end(), {"-j", "4"});
+        RunResult first, second;
+        std::map<std::string, std::string> serial = RunAndCollect(scenario, one, first);
+        std::map<std::string, std::string> threaded = RunAndCollect(scenario, four, second);
+        ASSERT_EQ(0, first.status) << first.err;
+        EXPECT_EQ(0, second.status) << second.err;
+        EXPECT_EQ(first.out, second.out);  // the progress meter included
+        EXPECT_EQ(first.err, second.err);
+        EXPECT_GT(serial.size(), 100u);
+        ASSERT_EQ(serial.size(), threaded.size());
+        for (const auto &file : serial) {
+            auto other = threaded.find(file.first);
+            ASSERT_NE(other, threaded.end()) << file.first;
+            EXPECT_TRUE(file.second == other->second) << file.first << " differs";
+        }
+    }
+}
+
+TEST(Jobs, ThreadCountsOutsideOneToSixtyFourAreRefused)
+{
+    Scenario scenario;
+    for (const char *value : {"0", "65", "two", "-3"}) {
+        RunResult result = scenario.run({"-j", value});
+        EXPECT_EQ(1, result.status) << value;
+        EXPECT_NE(std::string::npos,
+                  result.err.find(std::string("ERROR: -j takes a number of threads from 1 to 64, not '") + value +
+                                  "'."))
+            << result.err;
+    }
+}
+
+}  // namespace
