@@ -39,7 +39,7 @@ void LegacyHtmlWriter::beginRun()
 LegacyHtmlWriter::LegacyHtmlWriter(int threads)
 {
     if (threads > 1)
-        jobs_ = std::make_unique<PageJobs>(threads - 1);
+        jobs_ = std::make_unique<PageJobs>(threads);
 }
 
 /* The pages of a module taken over from the analysis, on a page thread. */

@@ -13,7 +13,7 @@
 class LegacyHtmlWriter : public ReportWriter {
 public:
     /* With `threads` above 1, each module's pages are written by one of
-     * threads - 1 page-writing threads while the run analyses the next
+     * `threads` page-writing threads while the run analyses the next
      * modules; the files are the same. */
     explicit LegacyHtmlWriter(int threads = 1);
     /* Unless -nohtml: the report directory, the toolbar, help and images. */
