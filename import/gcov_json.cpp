@@ -20,10 +20,6 @@ struct GcovError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-uint32_t narrow(uint64_t value)
-{
-    return value > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(value);
-}
 
 struct GcovFunction {
     ImportedFunction copy;
@@ -110,16 +106,6 @@ GcovFile readFile(object record)
     return file;
 }
 
-std::string absolutePath(std::string_view name, std::string_view base_dir)
-{
-    if (!name.empty() && name[0] == '/')
-        return std::string(name);
-    std::string path(base_dir);
-    if (!path.empty() && path.back() != '/')
-        path += '/';
-    path += name;
-    return path;
-}
 
 // The function a line belongs to: the one gcov names, else the last one
 // whose lines span it; -1 when none does.
@@ -172,13 +158,6 @@ void addCopies(GcovFile &file, std::string_view working_dir, std::vector<Importe
     }
 }
 
-std::string placeOf(document &doc, const simdjson::padded_string &text)
-{
-    const char *at = nullptr;
-    if (doc.current_location().get(at) != simdjson::SUCCESS || at == nullptr)
-        return "at the end";
-    return describePlaceIn(text, static_cast<size_t>(at - text.data()));
-}
 
 }  // namespace
 

@@ -24,6 +24,22 @@ uint64_t totalExecutions(const std::vector<ImportedFunction> &copies)
 
 }  // namespace
 
+uint32_t narrow(uint64_t value)
+{
+    return value > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(value);
+}
+
+std::string absolutePath(std::string_view name, std::string_view base_dir)
+{
+    if (!name.empty() && name[0] == '/')
+        return std::string(name);
+    std::string path(base_dir);
+    if (!path.empty() && path.back() != '/')
+        path += '/';
+    path += name;
+    return path;
+}
+
 std::vector<std::vector<ImportedFunction>> groupCopies(std::vector<ImportedFunction> copies)
 {
     using Key = std::tuple<std::string, uint32_t, uint32_t>;

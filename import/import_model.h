@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vemcov_import {
@@ -29,6 +30,12 @@ struct ImportedFunction {
     uint64_t executions = 0;   // times the function was entered
     std::vector<ImportedBlock> blocks;  // blocks[0] is the function's entry
 };
+
+// A 64-bit number from an export held at the 32-bit maximum.
+uint32_t narrow(uint64_t value);
+
+// `name` made absolute: a name that is not is taken relative to `base_dir`.
+std::string absolutePath(std::string_view name, std::string_view base_dir);
 
 // Copies of one function grouped by (file, line, column), in the order in
 // which each group's first copy was listed.

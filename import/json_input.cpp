@@ -123,3 +123,15 @@ std::string describePlaceIn(const simdjson::padded_string &text, size_t offset)
 }
 
 }  // namespace vemcov_import
+
+namespace vemcov_import {
+
+std::string placeOf(simdjson::ondemand::document &doc, const simdjson::padded_string &text)
+{
+    const char *at = nullptr;
+    if (doc.current_location().get(at) != simdjson::SUCCESS || at == nullptr)
+        return "at the end";
+    return describePlaceIn(text, static_cast<size_t>(at - text.data()));
+}
+
+}  // namespace vemcov_import

@@ -19,6 +19,10 @@ bool loadJsonFile(const std::string &path, simdjson::padded_string &text, std::s
 // for messages about malformed input.
 std::string describePlaceIn(const simdjson::padded_string &text, size_t offset);
 
+/* Where the on-demand parser stands in `text`, as describePlaceIn says it,
+ * or "at the end". */
+std::string placeOf(simdjson::ondemand::document &doc, const simdjson::padded_string &text);
+
 }  // namespace vemcov_import
 
 #endif

@@ -56,22 +56,6 @@ Region readRegion(value element)
     return r;
 }
 
-uint32_t narrow(uint64_t value)
-{
-    return value > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(value);
-}
-
-std::string absolutePath(std::string_view name, const std::string &base_dir)
-{
-    if (!name.empty() && name[0] == '/')
-        return std::string(name);
-    std::string path = base_dir;
-    if (path.empty() || path.back() != '/')
-        path += '/';
-    path += name;
-    return path;
-}
-
 // The place in the function's own file (file id 0) that stands for a region
 // of a macro expansion: the call site of the outermost expansion. Without
 // such a site (a region in a file the function merely includes) the
@@ -183,13 +167,6 @@ void readDataItem(object item, const std::string &base_dir, std::vector<Imported
     }
 }
 
-std::string placeOf(document &doc, const simdjson::padded_string &text)
-{
-    const char *at = nullptr;
-    if (doc.current_location().get(at) != simdjson::SUCCESS || at == nullptr)
-        return "at the end";
-    return describePlaceIn(text, static_cast<size_t>(at - text.data()));
-}
 
 }  // namespace
 
