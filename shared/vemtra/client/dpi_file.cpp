@@ -455,6 +455,8 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
     for (DPI_DIRECTORY_ENTRY &entry : entries)
         vemtra_Fill_Entry(input_file, stream, &entry);
 
+    dpi_file->strings->forgetLookups();
+
     /* 6. Sorted by key; equal keys keep their file order. The entries are
      * large, so their places are sorted and each entry is moved once. */
     std::vector<const DPI_DIRECTORY_ENTRY *> order;
@@ -474,8 +476,6 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
         if (vemtra_Same_Key(sorted[i], sorted[i - 1]) && (i == 1 || !vemtra_Same_Key(sorted[i - 1], sorted[i - 2])))
             VEMTRA_Tool_Warning(MSG_MULTIPLE, input_file->file_name, sorted[i].lookup_key);
     }
-
-    dpi_file->strings->forgetLookups();
 
     /* 8. Ready for the pair walk and on-demand fetches. */
     dpi_file->cursor = 0;
