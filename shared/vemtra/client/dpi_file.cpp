@@ -451,7 +451,9 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
     if (!vemtra_Locate_Segments(input_file, stream, entries))
         return 0;
 
-    /* 5. What each segment holds. */
+    /* 5. What each segment holds. The key map is sized for every entry
+     * at once rather than grown through rehashes. */
+    dpi_file->strings->keys.reserve(entries.size());
     for (DPI_DIRECTORY_ENTRY &entry : entries)
         vemtra_Fill_Entry(input_file, stream, &entry);
 
