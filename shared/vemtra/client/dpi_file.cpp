@@ -353,6 +353,10 @@ char *vemtra_Lookup_Key(const char *file_name, const char *function_name)
                            [](size_t size) { return static_cast<char *>(VEMTRA_Malloc(size)); });
 }
 
+/* Keys of at least this many bytes are shared between the entries that
+ * name the same pair. */
+static const size_t SHARED_KEY_LENGTH = 256;
+
 static void vemtra_Fill_Entry(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STREAM *stream, DPI_DIRECTORY_ENTRY *entry)
 {
     DPI_FILE *dpi_file = input_file->dpi;
@@ -375,11 +379,22 @@ static void vemtra_Fill_Entry(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STREAM *
     vemtra_string_pool *pool = dpi_file->strings;
     entry->file_name = vemtra_Entry_File_Name(stream, pool, entry, summary.file_name);
     entry->function_name = const_cast<char *>(summary.function_name);
-    char *&key = pool->keys[{entry->file_name, reinterpret_cast<uintptr_t>(entry->function_name)}];
-    if (key == nullptr)
-        key = vemtra_Make_Key(entry->file_name, entry->function_name,
-                              [pool](size_t size) { return pool->keyBytes(size); });
-    entry->lookup_key = key;
+    auto makeKey = [&] {
+        return vemtra_Make_Key(entry->file_name, entry->function_name,
+                               [pool](size_t size) { return pool->keyBytes(size); });
+    };
+    /* Entries that name one long pair share one key: many segments naming
+     * one long string cost its bytes once. An ordinary key is cheaper to
+     * make again than to look up. */
+    if (strnlen(entry->file_name, SHARED_KEY_LENGTH) + strnlen(entry->function_name, SHARED_KEY_LENGTH) <
+        SHARED_KEY_LENGTH) {
+        entry->lookup_key = makeKey();
+    } else {
+        char *&key = pool->keys[{entry->file_name, reinterpret_cast<uintptr_t>(entry->function_name)}];
+        if (key == nullptr)
+            key = makeKey();
+        entry->lookup_key = key;
+    }
     entry->flags = static_cast<uint32_t>(summary.word_c & 3);
     entry->word_b = summary.word_b;
     entry->frequency = static_cast<float>(summary.max_entry_count) / static_cast<float>(dpi_file->runs);
@@ -451,9 +466,7 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
     if (!vemtra_Locate_Segments(input_file, stream, entries))
         return 0;
 
-    /* 5. What each segment holds. The key map is sized for every entry
-     * at once rather than grown through rehashes. */
-    dpi_file->strings->keys.reserve(entries.size());
+    /* 5. What each segment holds. */
     for (DPI_DIRECTORY_ENTRY &entry : entries)
         vemtra_Fill_Entry(input_file, stream, &entry);
 
