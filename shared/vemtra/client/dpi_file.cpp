@@ -347,6 +347,16 @@ static char *vemtra_Make_Key(const char *file_name, const char *function_name, A
     return key;
 }
 
+const char *vemtra_Lookup_Key_Scratch(const char *file_name, const char *function_name)
+{
+    static std::vector<char> scratch;
+    return vemtra_Make_Key(file_name, function_name, [](size_t size) {
+        if (scratch.size() < size)
+            scratch.resize(size);
+        return scratch.data();
+    });
+}
+
 char *vemtra_Lookup_Key(const char *file_name, const char *function_name)
 {
     return vemtra_Make_Key(file_name, function_name,

@@ -50,6 +50,10 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file);
  * fresh allocation. */
 char *vemtra_Lookup_Key(const char *file_name, const char *function_name);
 
+/* The same key in a buffer that the next call reuses: a fetch per function
+ * makes no allocation of its own. */
+const char *vemtra_Lookup_Key_Scratch(const char *file_name, const char *function_name);
+
 /* Releases the process-wide address tables, closes the stream and frees the
  * record and its directory. */
 void VEMTRA_Close_Dpi_File(DPI_FILE *dpi_file);

@@ -39,16 +39,11 @@ DPI_SEGMENT *VEMTRA_Get_Segment(DPI_FILE *dpi_file, const char *dpi_file_name, c
                                 const char *function_name)
 {
     /* 1 and 2. The key, formed from the name as the directory formed it. */
-    char *key;
-    if (VEMTRA_expand_symbolic_links) {
-        key = vemtra_Lookup_Key(vemtra_Physical_File_Name(file_name), function_name);
-    } else {
-        key = vemtra_Lookup_Key(file_name, function_name);
-    }
+    const char *key = vemtra_Lookup_Key_Scratch(
+        VEMTRA_expand_symbolic_links ? vemtra_Physical_File_Name(file_name) : file_name, function_name);
 
     /* 3 and 4. The entry. */
     const DPI_DIRECTORY_ENTRY *entry = vemtra_Find_Entry(dpi_file, key);
-    free(key);
     if (entry == nullptr)
         return nullptr;
 
