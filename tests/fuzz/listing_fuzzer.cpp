@@ -1,6 +1,7 @@
 // listing_fuzzer.cpp -- arbitrary source bytes through the comment-marker
 // scanner and the listing writer, with recorded positions on the first
-// lines and counter lines on, as the full road writes a listing.
+// lines and counter lines on, as the full road writes a listing; then the
+// modern view's page of the same source and positions (some with ends).
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -11,6 +12,9 @@
 #include "analysis/coverage_state.h"
 #include "report/counter_lines.h"
 #include "analysis/coverage_store.h"
+#include "analysis/module_report.h"
+#include "report/html5_file_page.h"
+#include "report/html5_page.h"
 #include "report/source_listing.h"
 #include "tests/fuzz/fuzz_exit.h"
 #include "tests/fuzz/fuzz_input.h"
@@ -41,9 +45,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     static std::vector<char> readBuffer;  // kept across inputs, as across files
     try {
         store.bSetName(source->path());
-        for (size_t i = 0; i + 2 < size && i < 48; i += 3)
-            store.bAddBlockCount(source->path(), 1 + data[i] % 16, 1 + data[i + 1] % 64, data[i + 2] % 4, false,
-                                 nullptr);
+        for (size_t i = 0; i + 2 < size && i < 48; i += 3) {
+            uint32_t line = 1 + data[i] % 16, column = 1 + data[i + 1] % 64;
+            store.bAddBlockCount(source->path(), line, column, data[i + 2] % 4, false, nullptr);
+            // Some blocks carry ends, some of them before their starts.
+            if (data[i + 2] & 4)
+                store.noteBlockEnd(line, column, line + data[i + 2] % 3 - 1, 1 + data[i] % 64);
+        }
         parser markers(source->path(), oneLine, begin, end);
         FILE *text = fopen(source->path(), "r");
         if (text != nullptr) {
@@ -52,6 +60,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
             writeSourceListing(page, text, file, options, &marker, readBuffer);
             fclose(text);
         }
+        // The modern view's page of the same source and positions.
+        ModuleReport module;
+        startModuleReport(&module, source->path());
+        collectModuleDetails(&module, store, &markers);
+        FunctionReport f{"f<&>", "f", static_cast<uint32_t>(1 + size % 20), 3, 1, 2, true};
+        module.functions.push_back(f);
+        std::string bytes(reinterpret_cast<const char *>(data), size);
+        Html5FilePage view{&module, "dir/file.c", "../", nullptr, (size & 2) != 0, &bytes};
+        Html5Page out("/dev/null");
+        writeHtml5FilePage(view, out);
     } catch (const FuzzExit &) {
     }
     markerLineFree(&marker);
