@@ -185,7 +185,7 @@ static std::vector<std::unique_ptr<ReportWriter>> reportWriters()
         writers.push_back(std::make_unique<JsonWriter>(g_lpszJsonOut, g_lpszProjName));
     if (g_lpszHtml5Out != nullptr)
         writers.push_back(std::make_unique<Html5Writer>(g_lpszHtml5Out, modulePaths(), g_lpszProjName, compWithRef != 0,
-                                                        chosenColours()));
+                                                        chosenColours(), g_jobs));
     return writers;
 }
 

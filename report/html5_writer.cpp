@@ -143,9 +143,11 @@ std::string html5PageName(const std::string &shown)
 }
 
 Html5Writer::Html5Writer(const char *dir, const std::vector<std::string> &modulePaths, const char *project,
-                         bool reference, const Html5Colours &colours)
+                         bool reference, const Html5Colours &colours, int threads)
     : dir_(dir), root_(commonDirectory(modulePaths)), project_(project), reference_(reference), colours_(colours)
 {
+    if (threads > 1)
+        jobs_ = std::make_unique<PageJobs>(threads);
     while (dir_.size() > 1 && dir_.back() == '/')
         dir_.pop_back();
 }
@@ -181,17 +183,31 @@ void Html5Writer::module(const ModuleReport &module, bool analysed)
     for (char c : page)
         if (c == '/')
             toRoot += "../";
-    std::string source;
-    bool read = readWhole(path.c_str(), source);
-    Html5FilePage input{&module, shown, toRoot, project_, reference_, read ? &source : nullptr};
     std::string target = dir_ + "/" + page;
-    makeDirectories(target.substr(0, target.rfind('/')));
-    Html5Page out(target);
-    writeHtml5FilePage(input, out);
+    const char *project = project_;
+    bool reference = reference_;
+    /* The page needs the model, which the run replaces with the next
+     * module's: a page written on another thread takes a copy. */
+    auto write = [target, shown, toRoot, project, reference](const ModuleReport &model) {
+        std::string source;
+        bool read = readWhole(model.path != nullptr ? model.path : "", source);
+        Html5FilePage input{&model, shown, toRoot, project, reference, read ? &source : nullptr};
+        makeDirectories(target.substr(0, target.rfind('/')));
+        Html5Page out(target);
+        writeHtml5FilePage(input, out);
+    };
+    if (jobs_ == nullptr) {
+        write(module);
+        return;
+    }
+    auto copy = std::make_shared<ModuleReport>(module);
+    jobs_->submit([write, copy] { write(*copy); });
 }
 
 void Html5Writer::endRun(const RunReport &run)
 {
+    if (jobs_ != nullptr)
+        jobs_->wait();
     Html5Labels labels = html5Labels(reference_);
     Html5Page page(dir_ + "/index.html");
     std::string title = project_ != nullptr ? std::string("Coverage of ") + project_ : std::string("Coverage");

@@ -6,10 +6,12 @@
 #ifndef VEMCOV_REPORT_HTML5_WRITER_H
 #define VEMCOV_REPORT_HTML5_WRITER_H
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "report/html5_assets.h"
+#include "report/page_jobs.h"
 #include "report/report_writer.h"
 
 class Html5Writer : public ReportWriter {
@@ -18,7 +20,7 @@ public:
      * the common root that pages show paths below); `project` is -prj or
      * null; `reference` is set under -ref. */
     Html5Writer(const char *dir, const std::vector<std::string> &modulePaths, const char *project, bool reference,
-                const Html5Colours &colours);
+                const Html5Colours &colours, int threads = 1);
     bool readsPositions() const override { return true; }
     void beginRun() override;
     void module(const ModuleReport &module, bool analysed) override;
@@ -41,6 +43,7 @@ private:
     Html5Colours colours_;
     std::vector<FileRow> rows_;
     std::vector<std::string> usedPages_;
+    std::unique_ptr<PageJobs> jobs_;  /* -j: file pages written on these threads */
 };
 
 /* The longest directory prefix (ending in '/') that every path shares; ""
