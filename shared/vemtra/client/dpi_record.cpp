@@ -152,13 +152,12 @@ void vemtra_Read_Dpi_Segment(DPI_S *segment, VEMTRA_DPI_STREAM *stream, int wide
     segment->graph = nullptr;
 
     /* Block counters first; their positions come with the line data. */
-    uint64_t *counts = vemtra_Read_Counters(stream, head.block_cnt, wide);
     if (head.block_cnt > 0) {
+        vemtra_Dpi_Stream_Need(stream, sizes.blocks);
         segment->blocks = static_cast<DPI_BLOCK *>(VEMTRA_Calloc(head.block_cnt, sizeof(DPI_BLOCK)));
         for (uint32_t i = 0; i < head.block_cnt; i++)
-            segment->blocks[i].count = counts[i];
+            segment->blocks[i].count = vemtra_Read_Counter(stream, wide);
     }
-    free(counts);
     segment->other = vemtra_Read_Counters(stream, head.other_cnt, wide);
     segment->values = vemtra_Read_Counters(stream, head.value_cnt, wide);
     if (head.value_cnt > 0) {

@@ -28,6 +28,13 @@ static const DPI_DIRECTORY_ENTRY *vemtra_Find_Entry(const DPI_FILE *dpi_file, co
     return nullptr;
 }
 
+/* A fetched segment: the handle and its record in one allocation (the
+ * handle first, so that its address is the allocation's). */
+struct vemtra_segment_block {
+    DPI_SEGMENT handle;
+    DPI_S record;
+};
+
 /* Frees a half-decoded segment when a documented exit unwinds instead of
  * ending the process (a build that returns such exits to its caller). */
 struct vemtra_segment_guard {
@@ -47,10 +54,12 @@ DPI_SEGMENT *VEMTRA_Get_Segment(DPI_FILE *dpi_file, const char *dpi_file_name, c
     if (entry == nullptr)
         return nullptr;
 
-    /* 5. The decoded record, in the layout the open settled on. */
-    DPI_SEGMENT *handle = static_cast<DPI_SEGMENT *>(VEMTRA_Malloc(sizeof(DPI_SEGMENT)));
+    /* 5. The decoded record, in the layout the open settled on. The handle
+     * and the record share one allocation. */
+    vemtra_segment_block *block = static_cast<vemtra_segment_block *>(VEMTRA_Calloc(1, sizeof(vemtra_segment_block)));
+    DPI_SEGMENT *handle = &block->handle;
     handle->runs = dpi_file->runs;
-    handle->segment = static_cast<DPI_S *>(VEMTRA_Calloc(1, sizeof(DPI_S)));
+    handle->segment = &block->record;
     vemtra_Dpi_Stream_Set_Name(dpi_file->stream, dpi_file_name);
     vemtra_Dpi_Stream_Seek(dpi_file->stream, entry->segment_offset);
     int wide = VEMTRA_dpi_64bit_counters;
@@ -65,9 +74,6 @@ void VEMTRA_Free_Segment(DPI_SEGMENT *handle)
 {
     if (handle == nullptr)
         return;
-    if (handle->segment != nullptr) {
-        vemtra_Release_Dpi_S(handle->segment);
-        free(handle->segment);
-    }
-    free(handle);
+    vemtra_Release_Dpi_S(handle->segment);
+    free(reinterpret_cast<vemtra_segment_block *>(handle));
 }
