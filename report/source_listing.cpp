@@ -142,20 +142,34 @@ static void copyText(PageWriter &page, const char *text, size_t length)
     } bytes;
     const char *run = text;
     const char *end = text + length;
-    for (const char *p = text; p < end; ++p) {
-        if (!bytes.special[static_cast<unsigned char>(*p)])
-            continue;
+    const char *p = text;
+    for (;;) {
+        /* Eight bytes at a time while none of them is special. */
+        while (end - p >= 8 && !(bytes.special[static_cast<unsigned char>(p[0])] |
+                                 bytes.special[static_cast<unsigned char>(p[1])] |
+                                 bytes.special[static_cast<unsigned char>(p[2])] |
+                                 bytes.special[static_cast<unsigned char>(p[3])] |
+                                 bytes.special[static_cast<unsigned char>(p[4])] |
+                                 bytes.special[static_cast<unsigned char>(p[5])] |
+                                 bytes.special[static_cast<unsigned char>(p[6])] |
+                                 bytes.special[static_cast<unsigned char>(p[7])]))
+            p += 8;
+        while (p < end && !bytes.special[static_cast<unsigned char>(*p)])
+            ++p;
+        if (p == end)
+            break;
         const char *entity;
+        size_t entityLength;
         switch (*p) {
-        case '"': entity = "&quot;"; break;
-        case '&': entity = "&amp;"; break;
-        case '<': entity = "&lt;"; break;
-        case '>': entity = "&gt;"; break;
-        default: entity = LINE_END; break;
+        case '"': entity = "&quot;"; entityLength = 6; break;
+        case '&': entity = "&amp;"; entityLength = 5; break;
+        case '<': entity = "&lt;"; entityLength = 4; break;
+        case '>': entity = "&gt;"; entityLength = 4; break;
+        default: entity = LINE_END; entityLength = sizeof LINE_END - 1; break;
         }
         page.put(run, static_cast<size_t>(p - run));
-        page.put(entity);
-        run = p + 1;
+        page.put(entity, entityLength);
+        run = ++p;
     }
     page.put(run, static_cast<size_t>(end - run));
 }
