@@ -19,17 +19,17 @@ const uint32_t PACKED_MAX_LINE = 0x3FFFFF;
 
 vemtra_writer::BlockSpec blockSpec(const ImportedBlock &block, bool ranges)
 {
-    vemtra_writer::BlockSpec spec;
-    spec.count = block.count;
-    spec.line = block.line;
-    spec.col = block.col;
+    vemtra_writer::BlockSpec written;
+    written.count = block.count;
+    written.line = block.line;
+    written.col = block.col;
     if (ranges) {
-        spec.line = std::min(block.line, PACKED_MAX_LINE);
-        spec.col = std::min(block.col, PACKED_MAX_COL);
-        spec.end_line = std::min(block.end_line, PACKED_MAX_LINE);
-        spec.end_col = std::min(block.end_col, PACKED_MAX_COL);
+        written.line = std::min(block.line, PACKED_MAX_LINE);
+        written.col = std::min(block.col, PACKED_MAX_COL);
+        written.end_line = std::min(block.end_line, PACKED_MAX_LINE);
+        written.end_col = std::min(block.end_col, PACKED_MAX_COL);
     }
-    return spec;
+    return written;
 }
 
 // mkdir -p
@@ -99,16 +99,16 @@ vemtra_writer::Project describeProfiles(const std::vector<ImportedFunction> &fun
     project.line_info = ranges ? vemtra_writer::LineInfo::Packed : vemtra_writer::LineInfo::Unpacked;
     project.functions.reserve(functions.size());
     for (const ImportedFunction &function : functions) {
-        vemtra_writer::FunctionSpec &spec =
+        vemtra_writer::FunctionSpec &written =
             project.Add(function.file, function.name, function.line, function.is_static ? 's' : 'E');
-        spec.in_dpi = function.executions > 0;
-        spec.block_count = static_cast<int>(std::min<size_t>(function.blocks.size(), INT32_MAX));
-        if (spec.in_dpi) {
-            spec.blocks.reserve(function.blocks.size());
+        written.in_dpi = function.executions > 0;
+        written.block_count = static_cast<int>(std::min<size_t>(function.blocks.size(), INT32_MAX));
+        if (written.in_dpi) {
+            written.blocks.reserve(function.blocks.size());
             for (const ImportedBlock &block : function.blocks)
-                spec.blocks.push_back(blockSpec(block, ranges));
+                written.blocks.push_back(blockSpec(block, ranges));
             if (function.blocks.empty())
-                spec.entries = std::vector<vemtra_writer::EntrySpec>{};
+                written.entries = std::vector<vemtra_writer::EntrySpec>{};
         }
     }
     return project;

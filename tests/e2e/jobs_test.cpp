@@ -34,10 +34,10 @@ void WriteProject(Scenario &scenario, Project &current, Project &reference)
             uint32_t line = static_cast<uint32_t>(fn * 4 + 1);
             std::string function = "f" + std::to_string(fn);
             uint64_t ran = static_cast<uint64_t>((f + fn) % 3);
-            auto &spec = current.Add(src + name, function, line)
+            auto &added = current.Add(src + name, function, line)
                              .Blocks({{ran + 1, line + 1, 1}, {ran, line + 2, 5}, {0, line + 2, 16}, {ran, line + 2, 28}});
             if (fn == 2 && f % 2 == 0)
-                spec.OnlyInSpi();
+                added.OnlyInSpi();
             reference.Add(src + name, function, line).Blocks({{1, line + 1, 1}, {f % 2 == 0 ? 1u : 0u, line + 2, 5},
                                                               {0, line + 2, 16}, {0, line + 2, 28}});
         }
