@@ -157,9 +157,9 @@ std::string Html5Writer::pagePathFor(const std::string &shown)
     std::string page = "files/" + html5PageName(shown);
     /* Two paths that sanitise alike get numbered pages. */
     std::string candidate = page;
-    for (int n = 2; std::find(usedPages_.begin(), usedPages_.end(), candidate) != usedPages_.end(); ++n)
+    for (int n = 2; usedPages_.count(candidate) != 0; ++n)
         candidate = page.substr(0, page.size() - 5) + "-" + std::to_string(n) + ".html";
-    usedPages_.push_back(candidate);
+    usedPages_.insert(candidate);
     return candidate;
 }
 

@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "report/html5_assets.h"
@@ -42,7 +43,7 @@ private:
     bool reference_;
     Html5Colours colours_;
     std::vector<FileRow> rows_;
-    std::vector<std::string> usedPages_;
+    std::unordered_set<std::string> usedPages_;
     std::unique_ptr<PageJobs> jobs_;  /* -j: file pages written on these threads */
 };
 
