@@ -157,8 +157,12 @@ std::string Html5Writer::pagePathFor(const std::string &shown)
     std::string page = "files/" + html5PageName(shown);
     /* Two paths that sanitise alike get numbered pages. */
     std::string candidate = page;
-    for (int n = 2; usedPages_.count(candidate) != 0; ++n)
-        candidate = page.substr(0, page.size() - 5) + "-" + std::to_string(n) + ".html";
+    if (usedPages_.count(candidate) != 0) {
+        int &n = nextNumber_.emplace(page, 2).first->second;
+        do
+            candidate = page.substr(0, page.size() - 5) + "-" + std::to_string(n++) + ".html";
+        while (usedPages_.count(candidate) != 0);
+    }
     usedPages_.insert(candidate);
     return candidate;
 }

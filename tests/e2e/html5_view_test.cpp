@@ -105,6 +105,26 @@ TEST(Html5View, LeavesTheDocumentedReportAsItIs)
     EXPECT_EQ(5u, viewFiles);  // index, style, script, two file pages
 }
 
+// Two paths that make the same page name get numbered pages, each linked.
+TEST(Html5View, PathsThatSanitiseAlikeGetPagesOfTheirOwn)
+{
+    Scenario scenario;
+    scenario.write("src/a b.c", "int f(void)\n{\n    return 0;\n}\n");
+    scenario.write("src/a+b.c", "int g(void)\n{\n    return 1;\n}\n");
+    Project p;
+    p.Add(scenario.dir() + "/src/a b.c", "f", 1).Blocks({{1, 3, 5}});
+    p.Add(scenario.dir() + "/src/a+b.c", "g", 1).Blocks({{0, 3, 5}});
+    scenario.writeProfiles(p);
+    RunResult result = scenario.run({"-nopmeter", "-nohtml", "-html5", "view"});
+    ASSERT_EQ(0, result.status) << result.err;
+    const std::string index = scenario.read("view/index.html");
+    // The modules come in path order: "a b.c" before "a+b.c".
+    EXPECT_NE(std::string::npos, index.find("href=\"files/a_b.c.html\">a b.c</a>")) << index;
+    EXPECT_NE(std::string::npos, index.find("href=\"files/a_b.c-2.html\">a+b.c</a>")) << index;
+    EXPECT_NE(std::string::npos, scenario.read("view/files/a_b.c.html").find("<h1>a b.c</h1>"));
+    EXPECT_NE(std::string::npos, scenario.read("view/files/a_b.c-2.html").find("<h1>a+b.c</h1>"));
+}
+
 TEST(Html5View, DifferentialLabelsAndRefusedOffTheFullReport)
 {
     Scenario scenario;
