@@ -93,11 +93,35 @@ void writeLineNumber(FILE *page, uint32_t line)
     putLineNumber(writer, line);
 }
 
+/* A line's number as decimal text, made once for the two places a line
+ * shows it: the counter column and the anchor. */
+struct LineDigits {
+    char text[16];
+    char *first;
+    explicit LineDigits(uint32_t line) : first(digitsBefore(text + sizeof text, line)) {}
+    size_t length() const { return static_cast<size_t>(text + sizeof text - first); }
+};
+
+/* putLineNumber from digits already made ("%6u) "). */
+static void putLineNumber(PageWriter &page, const LineDigits &digits, uint32_t line)
+{
+    if (line > LINE_NUMBER_MAX) {
+        putLineNumber(page, line);
+        return;
+    }
+    static const char BLANKS[] = "      ";
+    size_t length = digits.length();
+    if (length < 6)
+        page.put(BLANKS, 6 - length);
+    page.put(digits.first, length);
+    page.put(") ", 2);
+}
+
 /* WriteSrcFileLineColor: opens a line with its anchor and colour. */
-static void WriteSrcFileLineColor(PageWriter &page, uint32_t line, const char *colour)
+static void WriteSrcFileLineColor(PageWriter &page, const LineDigits &line, const char *colour)
 {
     page.put("<a name=\"l");
-    page.putUnsigned(line);
+    page.put(line.first, line.length());
     page.put("\" style=\"background-color: ");
     page.put(colour);
     page.put("\">");
@@ -233,7 +257,8 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
                 currentClass = function->not_in_reference ? COLOR_UNCOVERED_FUNCTION : COLOR_COVERED;
         }
         bool infeasible = file.infeasible != nullptr && file.infeasible->is_disabled_line(line);
-        putLineNumber(out, line);
+        const LineDigits digits(line);
+        putLineNumber(out, digits, line);
 
         /* 2. The line opens in the colour of the position where its text
          *    begins, past the leading blanks. */
@@ -245,7 +270,7 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
             if (const block_list_node *node = positionAt(positions, static_cast<uint32_t>(blanks + 1)))
                 currentClass = classifyNode(node, options.reference);
         }
-        WriteSrcFileLineColor(out, line, takeBGColor(infeasible ? COLOR_INFEASIBLE : currentClass));
+        WriteSrcFileLineColor(out, digits, takeBGColor(infeasible ? COLOR_INFEASIBLE : currentClass));
 
         /* 3. The text, with a colour change at each recorded position whose
          *    colour differs from the one in force. Only a feasible line
