@@ -1,8 +1,11 @@
 /* page_jobs.cpp -- a small pool of page-writing threads. */
 #include "report/page_jobs.h"
 
+#include "shared/vemtra/tallyfold/exit_threads.h"
+
 PageJobs::PageJobs(int threads) : limit_(static_cast<size_t>(threads) * 2)
 {
+    vemtra_Exit_Threads_Add(threads);
     for (int i = 0; i < threads; ++i)
         threads_.emplace_back([this] { work(); });
 }
@@ -17,6 +20,7 @@ PageJobs::~PageJobs()
     changed_.notify_all();
     for (std::thread &thread : threads_)
         thread.join();
+    vemtra_Exit_Threads_Add(-static_cast<int>(threads_.size()));
 }
 
 void PageJobs::submit(std::function<void()> job)

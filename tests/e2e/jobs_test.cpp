@@ -1,5 +1,7 @@
 // -j: the pages written on several threads are the same files, byte for
 // byte, as those written one after the other, and the run prints the same.
+#include <unistd.h>
+
 #include <filesystem>
 #include <map>
 #include <string>
@@ -88,6 +90,30 @@ TEST(Jobs, FourThreadsWriteTheSameFilesAsOne)
             EXPECT_TRUE(file.second == other->second) << file.first << " differs";
         }
     }
+}
+
+// A page that cannot be written on a page thread ends the run with the
+// message and status of one written without threads, and no signal.
+TEST(Jobs, AFullDiskEndsTheRunWithItsMessage)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "mounting a small file system needs root";
+    Scenario scenario;
+    Project current, reference;
+    WriteProject(scenario, current, reference);
+    scenario.writeProfiles(current);
+    std::filesystem::create_directories(scenario.path("small"));
+    RunResult mounted = testsupport::RunProgram(testsupport::ProgramRun{
+        "/bin/mount", "mount", {"-t", "tmpfs", "-o", "size=64k", "tmpfs", "small"}, scenario.dir(), {}, {}, 30, 0});
+    if (mounted.status != 0)
+        GTEST_SKIP() << "cannot mount a tmpfs here: " << mounted.err;
+    for (int round = 0; round < 3; ++round) {
+        RunResult result = scenario.run({"-nopmeter", "-counts", "-j", "4", "-outdir", "small"});
+        EXPECT_EQ(1, result.status) << result.err;
+        EXPECT_EQ(0, result.signal);
+        EXPECT_NE(std::string::npos, result.err.find("ERROR: cannot write ")) << result.err;
+    }
+    testsupport::RunProgram(testsupport::ProgramRun{"/bin/umount", "umount", {"small"}, scenario.dir(), {}, {}, 30, 0});
 }
 
 TEST(Jobs, ThreadCountsOutsideOneToSixtyFourAreRefused)
