@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <map>
-#include <stdexcept>
 #include <string_view>
 #include <tuple>
 #include <unordered_map>
@@ -16,9 +15,6 @@ namespace {
 using simdjson::ondemand::document;
 using simdjson::ondemand::object;
 
-struct GcovError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 
 struct GcovFunction {
@@ -59,7 +55,7 @@ GcovFunction readFunction(object record)
         }
     }
     if (!has_name || !has_line)
-        throw GcovError("a function lacks its name or its start line");
+        throw JsonFormatError("a function lacks its name or its start line");
     return function;
 }
 
@@ -80,7 +76,7 @@ GcovLine readLine(object record)
         }
     }
     if (!has_number || !has_count)
-        throw GcovError("a line lacks its number or its count");
+        throw JsonFormatError("a line lacks its number or its count");
     return line;
 }
 
@@ -102,7 +98,7 @@ GcovFile readFile(object record)
         }
     }
     if (!has_name)
-        throw GcovError("a file record lacks its name");
+        throw JsonFormatError("a file record lacks its name");
     return file;
 }
 
@@ -165,49 +161,34 @@ bool readGcovJson(const simdjson::padded_string &text, const std::string &path,
                   std::vector<ImportedFunction> &copies, std::vector<ImportedFunction> &orphans,
                   std::string &error)
 {
-    simdjson::ondemand::parser parser;
-    document doc;
-    bool iterating = false, ended_early = false;
-    std::string what;
-    try {
-        doc = parser.iterate(text);
-        iterating = true;
-        std::string_view working_dir, format_version;
-        bool has_files = false;
-        // The working directory may come after the files: the files are
-        // kept (their names point into the parser's buffer) until the end.
-        std::vector<GcovFile> files;
-        for (auto field : doc.get_object()) {
-            std::string_view key = field.unescaped_key();
-            if (key == "files") {
-                has_files = true;
-                for (auto file : field.value().get_array())
-                    files.push_back(readFile(file.get_object()));
-            } else if (key == "current_working_directory") {
-                working_dir = field.value().get_string();
-            } else if (key == "format_version") {
-                format_version = field.value().get_string();
+    return walkJsonDocument(
+        text, path,
+        [&](document &doc) {
+            std::string_view working_dir, format_version;
+            bool has_files = false;
+            // The working directory may come after the files: the files are
+            // kept (their names point into the parser's buffer) until the end.
+            std::vector<GcovFile> files;
+            for (auto field : doc.get_object()) {
+                std::string_view key = field.unescaped_key();
+                if (key == "files") {
+                    has_files = true;
+                    for (auto file : field.value().get_array())
+                        files.push_back(readFile(file.get_object()));
+                } else if (key == "current_working_directory") {
+                    working_dir = field.value().get_string();
+                } else if (key == "format_version") {
+                    format_version = field.value().get_string();
+                }
             }
-        }
-        if (!has_files || format_version.empty())
-            throw GcovError("not gcov's JSON (no \"format_version\" or no \"files\")");
-        if (format_version != "1")
-            throw GcovError("gcov JSON format version " + std::string(format_version) + " is not 1");
-        for (GcovFile &file : files)
-            addCopies(file, working_dir, copies, orphans);
-        return true;
-    } catch (const GcovError &e) {
-        what = e.what();
-    } catch (const simdjson::simdjson_error &e) {
-        what = std::string("malformed JSON (") + e.what() + ")";
-        // The parser finds an unclosed document before it walks it.
-        if (e.error() == simdjson::INCOMPLETE_ARRAY_OR_OBJECT) {
-            iterating = false;
-            ended_early = true;
-        }
-    }
-    error = path + ", " + (iterating ? placeOf(doc, text) : std::string(ended_early ? "at the end" : "at the start")) + ": " + what;
-    return false;
+            if (!has_files || format_version.empty())
+                throw JsonFormatError("not gcov's JSON (no \"format_version\" or no \"files\")");
+            if (format_version != "1")
+                throw JsonFormatError("gcov JSON format version " + std::string(format_version) + " is not 1");
+            for (GcovFile &file : files)
+                addCopies(file, working_dir, copies, orphans);
+        },
+        error);
 }
 
 size_t adoptOrphanLines(std::vector<ImportedFunction> &functions, const std::vector<ImportedFunction> &orphans)

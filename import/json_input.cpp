@@ -126,12 +126,43 @@ std::string describePlaceIn(const simdjson::padded_string &text, size_t offset)
 
 namespace vemcov_import {
 
+namespace {
+
 std::string placeOf(simdjson::ondemand::document &doc, const simdjson::padded_string &text)
 {
     const char *at = nullptr;
     if (doc.current_location().get(at) != simdjson::SUCCESS || at == nullptr)
         return "at the end";
     return describePlaceIn(text, static_cast<size_t>(at - text.data()));
+}
+
+}  // namespace
+
+bool walkJsonDocument(const simdjson::padded_string &text, const std::string &path,
+                      const std::function<void(simdjson::ondemand::document &)> &walk, std::string &error)
+{
+    simdjson::ondemand::parser parser;
+    simdjson::ondemand::document doc;
+    bool iterating = false, ended_early = false;
+    std::string what;
+    try {
+        doc = parser.iterate(text);
+        iterating = true;
+        walk(doc);
+        return true;
+    } catch (const JsonFormatError &e) {
+        what = e.what();
+    } catch (const simdjson::simdjson_error &e) {
+        what = std::string("malformed JSON (") + e.what() + ")";
+        // The parser finds an unclosed document before it walks it.
+        if (e.error() == simdjson::INCOMPLETE_ARRAY_OR_OBJECT) {
+            iterating = false;
+            ended_early = true;
+        }
+    }
+    std::string place = iterating ? placeOf(doc, text) : ended_early ? "at the end" : "at the start";
+    error = path + ", " + place + ": " + what;
+    return false;
 }
 
 }  // namespace vemcov_import

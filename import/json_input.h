@@ -7,6 +7,8 @@
 #include <simdjson.h>
 
 #include <cstddef>
+#include <functional>
+#include <stdexcept>
 #include <string>
 
 namespace vemcov_import {
@@ -19,9 +21,17 @@ bool loadJsonFile(const std::string &path, simdjson::padded_string &text, std::s
 // for messages about malformed input.
 std::string describePlaceIn(const simdjson::padded_string &text, size_t offset);
 
-/* Where the on-demand parser stands in `text`, as describePlaceIn says it,
- * or "at the end". */
-std::string placeOf(simdjson::ondemand::document &doc, const simdjson::padded_string &text);
+/* A document that parses as JSON but is not what its tool writes. */
+struct JsonFormatError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/* Parses `text` (read from `path`) with simdjson's on-demand parser and hands
+ * the document to `walk`. When the walk throws a JsonFormatError or the
+ * parser finds malformed JSON, returns false with "<path>, <place>: <what>"
+ * in `error`, the place being where the parser stood. */
+bool walkJsonDocument(const simdjson::padded_string &text, const std::string &path,
+                      const std::function<void(simdjson::ondemand::document &)> &walk, std::string &error);
 
 }  // namespace vemcov_import
 

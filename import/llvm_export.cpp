@@ -7,7 +7,6 @@
 #include "import/json_input.h"
 
 #include <cstdint>
-#include <stdexcept>
 #include <string_view>
 
 namespace vemcov_import {
@@ -22,10 +21,6 @@ using simdjson::ondemand::value;
 const uint64_t CODE_REGION = 0;
 const uint64_t EXPANSION_REGION = 1;
 
-// An export that parses as JSON but is not what llvm-cov writes.
-struct ExportError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 struct Region {
     uint64_t line = 0, col = 0, end_line = 0, end_col = 0;
@@ -39,11 +34,11 @@ Region readRegion(value element)
     size_t n = 0;
     for (auto number : element.get_array()) {
         if (n == 8)
-            throw ExportError("a region has more than 8 numbers");
+            throw JsonFormatError("a region has more than 8 numbers");
         fields[n++] = number.get_uint64();
     }
     if (n < 8)
-        throw ExportError("a region has fewer than 8 numbers");
+        throw JsonFormatError("a region has fewer than 8 numbers");
     Region r;
     r.line = fields[0];
     r.col = fields[1];
@@ -87,7 +82,7 @@ ImportedFunction makeFunction(std::string_view name, uint64_t count, const std::
                               const std::vector<Region> &regions, const std::string &base_dir)
 {
     if (filenames.empty())
-        throw ExportError("a function has no file names");
+        throw JsonFormatError("a function has no file names");
     const Region *start = nullptr;
     for (const Region &region : regions) {
         if (region.file_id == 0) {
@@ -96,7 +91,7 @@ ImportedFunction makeFunction(std::string_view name, uint64_t count, const std::
         }
     }
     if (start == nullptr)
-        throw ExportError("a function has no region in its own file");
+        throw JsonFormatError("a function has no region in its own file");
 
     ImportedFunction function;
     function.file = absolutePath(filenames[0], base_dir);
@@ -146,7 +141,7 @@ bool readFunction(object record, const std::string &base_dir, ImportedFunction &
         }
     }
     if (!has_name || !has_count)
-        throw ExportError("a function record lacks its name or its count");
+        throw JsonFormatError("a function record lacks its name or its count");
     if (regions.empty())
         return false;
     function = makeFunction(name, count, filenames, regions, base_dir);
@@ -185,44 +180,29 @@ bool removeStaticPrefix(std::string &name)
 bool readLlvmExport(const simdjson::padded_string &text, const std::string &path, const std::string &base_dir,
                     std::vector<ImportedFunction> &copies, std::string &error)
 {
-    simdjson::ondemand::parser parser;
-    document doc;
-    bool iterating = false, ended_early = false;
-    std::string what;
-    try {
-        doc = parser.iterate(text);
-        iterating = true;
-        std::string_view type, version;
-        bool has_data = false;
-        for (auto field : doc.get_object()) {
-            std::string_view key = field.unescaped_key();
-            if (key == "data") {
-                has_data = true;
-                for (auto item : field.value().get_array())
-                    readDataItem(item.get_object(), base_dir, copies);
-            } else if (key == "type") {
-                type = field.value().get_string();
-            } else if (key == "version") {
-                version = field.value().get_string();
+    return walkJsonDocument(
+        text, path,
+        [&](document &doc) {
+            std::string_view type, version;
+            bool has_data = false;
+            for (auto field : doc.get_object()) {
+                std::string_view key = field.unescaped_key();
+                if (key == "data") {
+                    has_data = true;
+                    for (auto item : field.value().get_array())
+                        readDataItem(item.get_object(), base_dir, copies);
+                } else if (key == "type") {
+                    type = field.value().get_string();
+                } else if (key == "version") {
+                    version = field.value().get_string();
+                }
             }
-        }
-        if (type != "llvm.coverage.json.export" || !has_data)
-            throw ExportError("not an llvm-cov export (its \"type\" is not \"llvm.coverage.json.export\")");
-        if (version.substr(0, 2) != "2.")
-            throw ExportError("export format version " + std::string(version) + " is not 2.x");
-        return true;
-    } catch (const ExportError &e) {
-        what = e.what();
-    } catch (const simdjson::simdjson_error &e) {
-        what = std::string("malformed JSON (") + e.what() + ")";
-        // The parser finds an unclosed document before it walks it.
-        if (e.error() == simdjson::INCOMPLETE_ARRAY_OR_OBJECT) {
-            iterating = false;
-            ended_early = true;
-        }
-    }
-    error = path + ", " + (iterating ? placeOf(doc, text) : std::string(ended_early ? "at the end" : "at the start")) + ": " + what;
-    return false;
+            if (type != "llvm.coverage.json.export" || !has_data)
+                throw JsonFormatError("not an llvm-cov export (its \"type\" is not \"llvm.coverage.json.export\")");
+            if (version.substr(0, 2) != "2.")
+                throw JsonFormatError("export format version " + std::string(version) + " is not 2.x");
+        },
+        error);
 }
 
 }  // namespace vemcov_import
