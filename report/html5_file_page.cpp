@@ -409,30 +409,10 @@ void writeHtml5ThemeButton(Html5Page &page)
     page.raw("<button id=\"theme\" type=\"button\" hidden>Dark theme</button>\n");
 }
 
-void writeHtml5FilePage(const Html5FilePage &input, Html5Page &page)
+void writeHtml5Totals(Html5Page &page, const Html5Labels &labels, const std::vector<Html5Total> &totals)
 {
-    const ModuleReport &module = *input.module;
-    std::string title = input.shownPath + " - coverage";
-    if (input.project != nullptr)
-        title += std::string(" of ") + input.project;
-    writeHtml5Head(page, title, input.toRoot);
-    page.raw("<body>\n<header>\n<nav aria-label=\"Breadcrumb\"><a href=\"");
-    page.raw(input.toRoot);
-    page.raw("index.html\">All files</a> / ");
-    page.text(input.shownPath);
-    page.raw("</nav>\n<h1>");
-    page.text(input.shownPath);
-    page.raw("</h1>\n");
-    writeHtml5ThemeButton(page);
-    page.raw("</header>\n<main>\n<ul class=\"totals\">");
-    Html5Labels labels = html5Labels(input.reference);
-    struct {
-        const char *name;
-        uint64_t covered, total;
-        double percent;
-    } totals[] = {{"Functions", module.functionsCovered, module.functionsTotal, module.functionPercent},
-                  {"Blocks", module.blocksCovered, module.blocksTotal, module.blockPercent}};
-    for (const auto &t : totals) {
+    page.raw("<ul class=\"totals\">");
+    for (const Html5Total &t : totals) {
         double rounded = roundHalfUp2(t.percent);
         page.raw("<li>");
         page.raw(t.name);
@@ -453,6 +433,27 @@ void writeHtml5FilePage(const Html5FilePage &input, Html5Page &page)
         page.raw("\"></meter></li>");
     }
     page.raw("</ul>\n");
+}
+
+void writeHtml5FilePage(const Html5FilePage &input, Html5Page &page)
+{
+    const ModuleReport &module = *input.module;
+    std::string title = input.shownPath + " - coverage";
+    if (input.project != nullptr)
+        title += std::string(" of ") + input.project;
+    writeHtml5Head(page, title, input.toRoot);
+    page.raw("<body>\n<header>\n<nav aria-label=\"Breadcrumb\"><a href=\"");
+    page.raw(input.toRoot);
+    page.raw("index.html\">All files</a> / ");
+    page.text(input.shownPath);
+    page.raw("</nav>\n<h1>");
+    page.text(input.shownPath);
+    page.raw("</h1>\n");
+    writeHtml5ThemeButton(page);
+    page.raw("</header>\n<main>\n");
+    writeHtml5Totals(page, html5Labels(input.reference),
+                     {{"Functions", module.functionsCovered, module.functionsTotal, module.functionPercent},
+                      {"Blocks", module.blocksCovered, module.blocksTotal, module.blockPercent}});
     writeFunctionTable(page, module, input.reference);
     page.raw("<section aria-labelledby=\"source\"><h2 id=\"source\">Source</h2>\n");
     writeLegend(page, input.reference);

@@ -12,6 +12,7 @@
 #define VEMCOV_REPORT_HTML5_FILE_PAGE_H
 
 #include <string>
+#include <vector>
 
 #include "analysis/module_report.h"
 #include "report/html5_page.h"
@@ -35,8 +36,18 @@ struct Html5Labels {
 };
 Html5Labels html5Labels(bool reference);
 
-/* Shared by both page kinds: the head up to <body>, and the theme button. */
+/* One figure of a page's totals: covered of total, and the percentage. */
+struct Html5Total {
+    const char *name;
+    uint64_t covered;
+    uint64_t total;
+    double percent;  /* unrounded */
+};
+
+/* Shared by both page kinds: the head up to <body>, the theme button, and
+ * the totals as a list with a bar each. */
 void writeHtml5Head(Html5Page &page, const std::string &title, const std::string &toRoot);
 void writeHtml5ThemeButton(Html5Page &page);
+void writeHtml5Totals(Html5Page &page, const Html5Labels &labels, const std::vector<Html5Total> &totals);
 
 #endif

@@ -220,34 +220,13 @@ void Html5Writer::endRun(const RunReport &run)
     page.text(title);
     page.raw("</h1>\n");
     writeHtml5ThemeButton(page);
-    page.raw("</header>\n<main>\n<ul class=\"totals\">");
-    struct {
-        const char *name;
-        uint64_t covered, total;
-    } totals[] = {{"Files", run.filesCovered, run.files},
-                  {"Functions", run.functionsCovered, run.functions},
-                  {"Blocks", run.blocksCovered, run.blocks}};
-    for (const auto &t : totals) {
-        double rounded = roundHalfUp2(coveragePercent(t.covered, t.total));
-        page.raw("<li>");
-        page.raw(t.name);
-        page.raw(" ");
-        page.text(labels.covered);
-        page.raw(": <strong>");
-        page.number(t.covered);
-        page.raw("</strong> of ");
-        page.number(t.total);
-        page.raw(" (");
-        page.percent(rounded);
-        page.raw("%) <meter min=\"0\" max=\"100\" value=\"");
-        page.percent(rounded);
-        page.raw("\" aria-label=\"");
-        page.raw(t.name);
-        page.raw(" ");
-        page.text(labels.coverage);
-        page.raw("\"></meter></li>");
-    }
-    page.raw("</ul>\n<section aria-labelledby=\"files\"><h2 id=\"files\">Files");
+    page.raw("</header>\n<main>\n");
+    writeHtml5Totals(page, labels,
+                     {{"Files", run.filesCovered, run.files, coveragePercent(run.filesCovered, run.files)},
+                      {"Functions", run.functionsCovered, run.functions,
+                       coveragePercent(run.functionsCovered, run.functions)},
+                      {"Blocks", run.blocksCovered, run.blocks, coveragePercent(run.blocksCovered, run.blocks)}});
+    page.raw("<section aria-labelledby=\"files\"><h2 id=\"files\">Files");
     if (!root_.empty()) {
         page.raw(" in ");
         page.text(root_);
