@@ -6,9 +6,8 @@
 // frameset.
 //
 // Usage: node check_report.mjs <report directory> <source file name> <screenshot.png>
-import { chromium } from 'playwright-core';
+import { fail, withChromium } from './chromium.mjs';
 import fs from 'node:fs';
-import os from 'node:os';
 import path from 'node:path';
 import { pathToFileURL } from 'node:url';
 
@@ -18,11 +17,6 @@ if (!reportDir || !sourceName || !screenshot) {
   process.exit(2);
 }
 
-const failures = [];
-function fail(message) {
-  failures.push(message);
-  console.error(`FAIL: ${message}`);
-}
 
 // Every frame of the page: one per <frame> element of the page's file, each
 // a file of the report, loaded, with a body.
@@ -53,25 +47,7 @@ async function checkFrames(page, what) {
   return frames;
 }
 
-const userDataDir = fs.mkdtempSync(path.join(os.tmpdir(), 'vemcov-chromium-'));
-const context = await chromium.launchPersistentContext(userDataDir, {
-  executablePath: '/usr/bin/chromium',
-  headless: true,
-  viewport: { width: 1280, height: 800 },
-  args: [
-    '--no-sandbox',
-    '--disable-gpu',
-    '--disable-quic',
-    '--no-first-run',
-    '--disable-background-networking',
-    '--disable-component-update',
-    '--disable-sync',
-  ],
-});
-
-try {
-  const page = context.pages()[0] ?? (await context.newPage());
-  page.on('requestfailed', (request) => fail(`request failed: ${request.url()} (${request.failure()?.errorText})`));
+await withChromium('browser check', 'every frame loaded', async (context, page) => {
 
   // 1. The root page: the summary above the file tables.
   const root = path.resolve(reportDir, '..', 'CODE_COVERAGE.HTML');
@@ -104,15 +80,4 @@ try {
 
   await page.screenshot({ path: screenshot });
   console.log(`screenshot: ${screenshot}`);
-} catch (error) {
-  fail(error.message);
-} finally {
-  await context.close();
-  fs.rmSync(userDataDir, { recursive: true, force: true });
-}
-
-if (failures.length > 0) {
-  console.error(`browser check: ${failures.length} failure(s)`);
-  process.exit(1);
-}
-console.log('browser check: every frame loaded');
+});

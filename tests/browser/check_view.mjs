@@ -7,9 +7,8 @@
 // screenshots of the file page (light, dark) and of the index (narrow).
 //
 // Usage: node check_view.mjs <view directory> <file page below it> <screenshot prefix>
-import { chromium } from 'playwright-core';
+import { fail, withChromium } from './chromium.mjs';
 import fs from 'node:fs';
-import os from 'node:os';
 import path from 'node:path';
 import { createRequire } from 'node:module';
 import { pathToFileURL } from 'node:url';
@@ -21,11 +20,6 @@ if (!viewDir || !filePage || !shots) {
   process.exit(2);
 }
 
-const failures = [];
-function fail(message) {
-  failures.push(message);
-  console.error(`FAIL: ${message}`);
-}
 
 // Every page of the view, and every href of each: a file of the view, and
 // for "#x" an element with id x in the page it names.
@@ -84,18 +78,7 @@ async function axeCheck(page, what) {
 
 checkLinks();
 
-const userDataDir = fs.mkdtempSync(path.join(os.tmpdir(), 'vemcov-chromium-'));
-const context = await chromium.launchPersistentContext(userDataDir, {
-  executablePath: '/usr/bin/chromium',
-  headless: true,
-  viewport: { width: 1280, height: 800 },
-  args: ['--no-sandbox', '--disable-gpu', '--no-first-run', '--disable-background-networking',
-         '--disable-component-update', '--disable-sync'],
-});
-
-try {
-  const page = context.pages()[0] ?? (await context.newPage());
-  page.on('requestfailed', (request) => fail(`request failed: ${request.url()} (${request.failure()?.errorText})`));
+await withChromium('view check', 'pages load, links resolve, keys work, no serious accessibility violation', async (context, page) => {
   page.on('console', (message) => { if (message.type() === 'error') fail(`console error: ${message.text()}`); });
   page.on('pageerror', (error) => fail(`page error: ${error.message}`));
   const index = pathToFileURL(path.resolve(viewDir, 'index.html')).href;
@@ -148,15 +131,4 @@ try {
   if (widths.scroll > widths.client) fail(`at 390 pixels the index scrolls sideways (${widths.scroll} > ${widths.client})`);
   await page.screenshot({ path: `${shots}-narrow.png`, fullPage: true });
   console.log(`  screenshots: ${shots}-light.png, ${shots}-dark.png, ${shots}-narrow.png`);
-} catch (error) {
-  fail(error.message);
-} finally {
-  await context.close();
-  fs.rmSync(userDataDir, { recursive: true, force: true });
-}
-
-if (failures.length > 0) {
-  console.error(`view check: ${failures.length} failure(s)`);
-  process.exit(1);
-}
-console.log('view check: pages load, links resolve, keys work, no serious accessibility violation');
+});
