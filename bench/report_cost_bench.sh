@@ -7,7 +7,10 @@
 # (bench/write_floor). Each command runs three times; the figures are
 # printed with the goals beside them, never checked.
 #
-#   sh bench/report_cost_bench.sh [work dir] [files] [functions per file] [lines per function]
+#   sh bench/report_cost_bench.sh [work dir] [files] [functions per file] [lines per function] [baseline vemcov]
+#
+# With a baseline binary (an older build), it is timed beside, in the same
+# rounds.
 set -eu
 
 cd "$(dirname "$0")/.."
@@ -15,11 +18,18 @@ DIR=${1:-/tmp/vemcov-bench-cost}
 FILES=${2:-2000}
 FUNCS=${3:-60}
 LINES=${4:-18}
+BASELINE=${5:-}
 . bench/large_project.sh
 
 for round in 1 2 3; do
     echo "-- round $round"
     measure "vemcov -nohtml" "$VEMCOV" -nopmeter -nohtml
+    if [ -n "$BASELINE" ]; then
+        measure "baseline -nohtml" "$BASELINE" -nopmeter -nohtml
+        rm -rf CodeCoverage CODE_COVERAGE.HTML
+        sync
+        measure "baseline (documented report)" "$BASELINE" -nopmeter
+    fi
     rm -rf CodeCoverage CODE_COVERAGE.HTML
     sync
     measure "vemcov (documented report)" "$VEMCOV" -nopmeter
