@@ -10,46 +10,14 @@
 
 void Html5Page::text(const char *value, size_t length)
 {
-    /* Most bytes are plain: a table tells the few that are not. */
-    static const struct Specials {
-        bool special[256] = {};
-        Specials()
-        {
-            for (unsigned char c : {'&', '<', '>', '"', '\''})
-                special[c] = true;
-        }
-    } table;
-    const char *run = value;
-    const char *end = value + length;
-    for (const char *p = value; p < end; ++p) {
-        if (!table.special[static_cast<unsigned char>(*p)])
-            continue;
-        out_.put(run, static_cast<size_t>(p - run));
-        switch (*p) {
-        case '&': out_.put("&amp;"); break;
-        case '<': out_.put("&lt;"); break;
-        case '>': out_.put("&gt;"); break;
-        case '"': out_.put("&quot;"); break;
-        default: out_.put("&#39;"); break;
-        }
-        run = p + 1;
-    }
-    out_.put(run, static_cast<size_t>(end - run));
+    static const EscapeSet escapes{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&#39;"}};
+    out_.putEscaped(value, length, escapes);
 }
 
 void Html5Page::content(const char *value, size_t length)
 {
-    const char *run = value;
-    const char *end = value + length;
-    for (const char *p = value; p < end; ++p) {
-        char c = *p;
-        if (c != '&' && c != '<' && c != '>')
-            continue;
-        out_.put(run, static_cast<size_t>(p - run));
-        out_.put(c == '&' ? "&amp;" : c == '<' ? "&lt;" : "&gt;");
-        run = p + 1;
-    }
-    out_.put(run, static_cast<size_t>(end - run));
+    static const EscapeSet escapes{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}};
+    out_.putEscaped(value, length, escapes);
 }
 
 void Html5Page::text(const char *value)

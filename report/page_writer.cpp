@@ -3,6 +3,16 @@
 
 #include <cmath>
 
+void PageWriter::putEscapedLong(const char *text, size_t length, const EscapeSet &escapes)
+{
+    while (length > 0) {
+        size_t piece = length < ESCAPED_PIECE ? length : ESCAPED_PIECE;
+        commit(escapeInto(room(piece * EscapeSet::LONGEST + 16), text, piece, escapes));
+        text += piece;
+        length -= piece;
+    }
+}
+
 void PageWriter::flush()
 {
     if (used_ != 0)

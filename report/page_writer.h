@@ -13,6 +13,8 @@
 #include <memory>
 #include <string>
 
+#include "report/page_escapes.h"
+
 class PageWriter {
 public:
     /* Writes into `stream`, which stays the caller's to close. */
@@ -42,6 +44,29 @@ public:
         buffer_[used_++] = c;
     }
 
+    /* `text` with the bytes of `escapes` replaced. Plain bytes are checked
+     * and copied sixteen at a time, straight into the buffer. */
+    void putEscaped(const char *text, size_t length, const EscapeSet &escapes)
+    {
+        if (length <= ESCAPED_PIECE)
+            commit(escapeInto(room(length * EscapeSet::LONGEST + 16), text, length, escapes));
+        else
+            putEscapedLong(text, length, escapes);
+    }
+
+    /* Room for `length` bytes at the end of the buffer (length at most
+     * ROOM_MOST): the caller writes them and hands back where it stopped. */
+    static const size_t ROOM_MOST = 1 << 14;
+    /* The longest text escaped in one piece: its worst case fits the room. */
+    static const size_t ESCAPED_PIECE = (ROOM_MOST - 16) / EscapeSet::LONGEST;
+    char *room(size_t length)
+    {
+        if (length > CAPACITY - used_)
+            flush();
+        return buffer_.get() + used_;
+    }
+    void commit(const char *end) { used_ = static_cast<size_t>(end - buffer_.get()); }
+
     /* "%d" and "%u" of the value. */
     void putInt(int64_t value);
     void putUnsigned(uint64_t value);
@@ -56,6 +81,8 @@ public:
     void flush();
 
 private:
+    void putEscapedLong(const char *text, size_t length, const EscapeSet &escapes);
+
     /* Below the size that malloc serves with a mapping of its own, so that
      * a page writer per page costs no system call. */
     static const size_t CAPACITY = 1 << 16;

@@ -93,38 +93,85 @@ void writeLineNumber(FILE *page, uint32_t line)
     putLineNumber(writer, line);
 }
 
-/* A line's number as decimal text, made once for the two places a line
- * shows it: the counter column and the anchor. */
+/* The current line's number as decimal text, counted up in place as the
+ * listing moves on (no division per line). The digits end at `END` and
+ * are followed by room, so that they can be copied in one fixed-size move. */
 struct LineDigits {
-    char text[16];
-    char *first;
-    explicit LineDigits(uint32_t line) : first(digitsBefore(text + sizeof text, line)) {}
-    size_t length() const { return static_cast<size_t>(text + sizeof text - first); }
+    static const size_t END = 16;
+    char text[END + 16] = {};
+    char *first = text + END;
+    size_t length() const { return static_cast<size_t>(text + END - first); }
+    /* From "" (line 0) to "1", from "129" to "130", from "99" to "100". */
+    void next()
+    {
+        char *digit = text + END - 1;
+        while (digit >= first && *digit == '9')
+            *digit-- = '0';
+        if (digit < first)
+            *--first = '1';
+        else
+            ++*digit;
+    }
 };
 
-/* putLineNumber from digits already made ("%6u) "). */
-static void putLineNumber(PageWriter &page, const LineDigits &digits, uint32_t line)
+/* The line colours' texts, each in a room of its own so that a short one
+ * is copied in one fixed-size move. */
+struct LineColours {
+    static const size_t ROOM = 32;
+    char text[8][ROOM];
+    size_t length[8];
+    LineColours()
+    {
+        for (int colour = 0; colour < 8; ++colour) {
+            const char *value = takeBGColor(colour);
+            length[colour] = value != nullptr ? strlen(value) : 0;
+            memset(text[colour], 0, ROOM);
+            if (length[colour] <= ROOM)
+                memcpy(text[colour], value, length[colour]);
+        }
+    }
+};
+
+/* A line's opening, in one piece: its number as "%6u) " (numbers above
+ * the column's width as putLineNumber writes them), then its anchor and
+ * colour. */
+static void putLineOpening(PageWriter &page, const LineDigits &digits, uint32_t line, const LineColours &colours,
+                           int colour)
 {
-    if (line > LINE_NUMBER_MAX) {
+    static const char ANCHOR[] = "<a name=\"l";
+    static const char STYLE[] = "\" style=\"background-color: ";
+    static const char CLOSE[] = "\">";
+    size_t length = digits.length();
+    size_t colourLength = colours.length[colour];
+    if (line > LINE_NUMBER_MAX || colourLength > LineColours::ROOM) {
         putLineNumber(page, line);
+        page.put(ANCHOR);
+        page.put(digits.first, length);
+        page.put(STYLE);
+        page.put(takeBGColor(colour), colourLength);
+        page.put(CLOSE);
         return;
     }
-    static const char BLANKS[] = "      ";
-    size_t length = digits.length();
-    if (length < 6)
-        page.put(BLANKS, 6 - length);
-    page.put(digits.first, length);
-    page.put(") ", 2);
-}
-
-/* WriteSrcFileLineColor: opens a line with its anchor and colour. */
-static void WriteSrcFileLineColor(PageWriter &page, const LineDigits &line, const char *colour)
-{
-    page.put("<a name=\"l");
-    page.put(line.first, line.length());
-    page.put("\" style=\"background-color: ");
-    page.put(colour);
-    page.put("\">");
+    /* Fixed-size moves: each may run past what counts, and the next one
+     * overwrites the excess. */
+    char *out = page.room(8 + 2 + sizeof ANCHOR + 2 * 16 + sizeof STYLE + LineColours::ROOM + sizeof CLOSE);
+    memcpy(out, "        ", 8);
+    out += length < 6 ? 6 - length : 0;
+    memcpy(out, digits.first, 16);
+    out += length;
+    memcpy(out, ") ", 2);
+    out += 2;
+    memcpy(out, ANCHOR, sizeof ANCHOR - 1);
+    out += sizeof ANCHOR - 1;
+    memcpy(out, digits.first, 16);
+    out += length;
+    memcpy(out, STYLE, sizeof STYLE - 1);
+    out += sizeof STYLE - 1;
+    memcpy(out, colours.text[colour], LineColours::ROOM);
+    out += colourLength;
+    memcpy(out, CLOSE, sizeof CLOSE - 1);
+    out += sizeof CLOSE - 1;
+    page.commit(out);
 }
 
 /* WriteSrcFileHeader: the page head, titled with the part of the path
@@ -155,47 +202,8 @@ static void WriteSrcFileFooter(FILE *page, const ListingOptions &options)
  * entities, a line feed as the end of the line's anchor. */
 static void copyText(PageWriter &page, const char *text, size_t length)
 {
-    /* Most bytes are plain: a table tells the few that are not. */
-    static const struct SpecialBytes {
-        bool special[256] = {};
-        SpecialBytes()
-        {
-            for (unsigned char c : {'"', '&', '<', '>', '\n'})
-                special[c] = true;
-        }
-    } bytes;
-    const char *run = text;
-    const char *end = text + length;
-    const char *p = text;
-    for (;;) {
-        /* Eight bytes at a time while none of them is special. */
-        while (end - p >= 8 && !(bytes.special[static_cast<unsigned char>(p[0])] |
-                                 bytes.special[static_cast<unsigned char>(p[1])] |
-                                 bytes.special[static_cast<unsigned char>(p[2])] |
-                                 bytes.special[static_cast<unsigned char>(p[3])] |
-                                 bytes.special[static_cast<unsigned char>(p[4])] |
-                                 bytes.special[static_cast<unsigned char>(p[5])] |
-                                 bytes.special[static_cast<unsigned char>(p[6])] |
-                                 bytes.special[static_cast<unsigned char>(p[7])]))
-            p += 8;
-        while (p < end && !bytes.special[static_cast<unsigned char>(*p)])
-            ++p;
-        if (p == end)
-            break;
-        const char *entity;
-        size_t entityLength;
-        switch (*p) {
-        case '"': entity = "&quot;"; entityLength = 6; break;
-        case '&': entity = "&amp;"; entityLength = 5; break;
-        case '<': entity = "&lt;"; entityLength = 4; break;
-        case '>': entity = "&gt;"; entityLength = 4; break;
-        default: entity = LINE_END; entityLength = sizeof LINE_END - 1; break;
-        }
-        page.put(run, static_cast<size_t>(p - run));
-        page.put(entity, entityLength);
-        run = ++p;
-    }
-    page.put(run, static_cast<size_t>(end - run));
+    static const EscapeSet escapes{{'"', "&quot;"}, {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\n', LINE_END}};
+    page.putEscaped(text, length, escapes);
 }
 
 static bool appendMarkers(MarkerLine *marker, const char *text, size_t length)
@@ -243,6 +251,8 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
     const char *text;
     size_t length;
     uint32_t line = 0;
+    LineDigits digits;
+    const LineColours colours;
     bool started = false;
     while (reader.nextLine(&text, &length)) {
         ++line;
@@ -257,8 +267,7 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
                 currentClass = function->not_in_reference ? COLOR_UNCOVERED_FUNCTION : COLOR_COVERED;
         }
         bool infeasible = file.infeasible != nullptr && file.infeasible->is_disabled_line(line);
-        const LineDigits digits(line);
-        putLineNumber(out, digits, line);
+        digits.next();
 
         /* 2. The line opens in the colour of the position where its text
          *    begins, past the leading blanks. */
@@ -270,7 +279,7 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
             if (const block_list_node *node = positionAt(positions, static_cast<uint32_t>(blanks + 1)))
                 currentClass = classifyNode(node, options.reference);
         }
-        WriteSrcFileLineColor(out, digits, takeBGColor(infeasible ? COLOR_INFEASIBLE : currentClass));
+        putLineOpening(out, digits, line, colours, infeasible ? COLOR_INFEASIBLE : currentClass);
 
         /* 3. The text, with a colour change at each recorded position whose
          *    colour differs from the one in force. Only a feasible line

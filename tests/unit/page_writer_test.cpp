@@ -4,7 +4,10 @@
 #include <cinttypes>
 #include <cstdio>
 #include <random>
+#include <sys/mman.h>
+#include <unistd.h>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -62,4 +65,74 @@ TEST(PageWriter, IntegersAndPiecesInOrder)
     }
     std::string expected = "0 7 -5 2147483647 -2147483648 18446744073709551615" + std::string(300000, 'x') + "end";
     EXPECT_EQ(expected, out.text());
+}
+
+// The escaper checks sixteen bytes at a time: escapes at every offset of a
+// chunk, runs of them, lengths around the chunk size, pieces longer than
+// the buffer's room and bytes above 0x7F all give what a byte-by-byte
+// replacement gives.
+TEST(PageWriter, EscapedTextEqualsByteByByteReplacement)
+{
+    const EscapeSet escapes{{'"', "&quot;"}, {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\n', "</a>\n"}};
+    auto replaced = [](const std::string &text) {
+        std::string out;
+        for (char c : text) {
+            switch (c) {
+            case '"': out += "&quot;"; break;
+            case '&': out += "&amp;"; break;
+            case '<': out += "&lt;"; break;
+            case '>': out += "&gt;"; break;
+            case '\n': out += "</a>\n"; break;
+            default: out += c;
+            }
+        }
+        return out;
+    };
+    const char alphabet[] = "ab<>&\"\n \t\xff\x80z";
+    std::mt19937 random(11);
+    std::vector<std::string> inputs;
+    for (size_t length : {0, 1, 15, 16, 17, 31, 32, 33, 100})
+        for (int round = 0; round < 200; ++round) {
+            std::string text;
+            for (size_t i = 0; i < length; ++i)
+                text += alphabet[random() % (sizeof alphabet - 1)];
+            inputs.push_back(text);
+        }
+    inputs.push_back(std::string(40000, '<'));  // eight times the room's worth of output
+    inputs.push_back(std::string(70000, 'x') + "&");
+    for (const std::string &text : inputs) {
+        testsupport::MemoryStream out;
+        {
+            PageWriter page(out.stream());
+            page.put("head ");
+            page.putEscaped(text.data(), text.size(), escapes);
+            page.put(" tail");
+        }
+        ASSERT_EQ("head " + replaced(text) + " tail", out.text()) << text.size();
+    }
+}
+
+// Short ends of a text are loaded sixteen bytes at a time only within a
+// memory page: texts that end exactly where a page ends, with an
+// inaccessible page behind it, are escaped without touching that page.
+TEST(PageWriter, EscapingTextThatEndsAtAnInaccessiblePage)
+{
+    const long pageSize = sysconf(_SC_PAGESIZE);
+    char *pages = static_cast<char *>(
+        mmap(nullptr, 2 * pageSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    ASSERT_NE(MAP_FAILED, pages);
+    ASSERT_EQ(0, mprotect(pages + pageSize, pageSize, PROT_NONE));
+    const EscapeSet escapes{{'<', "&lt;"}};
+    for (size_t length = 1; length <= 40; ++length) {
+        char *text = pages + pageSize - length;
+        memset(text, 'a', length);
+        text[0] = '<';
+        testsupport::MemoryStream out;
+        {
+            PageWriter page(out.stream());
+            page.putEscaped(text, length, escapes);
+        }
+        EXPECT_EQ("&lt;" + std::string(length - 1, 'a'), out.text());
+    }
+    munmap(pages, 2 * pageSize);
 }
