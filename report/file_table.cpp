@@ -61,18 +61,6 @@ void sortFileIndex(int *index, int count, filename_list_node **files, SortType o
         QuickSortFiles(index, 0, count - 1, before);
 }
 
-static void writeNumberCell(FILE *page, uint64_t value)
-{
-    char number[32];
-    u64_to_ascii(number, value);
-    fprintf(page, "<TD ALIGN=\"right\">%s</TD>\n", number);
-}
-
-static void writePercentCell(FILE *page, double percent)
-{
-    fprintf(page, "<TD ALIGN=\"right\">%6.2f</TD>\n", roundHalfUp2(percent));
-}
-
 /* The second-row headers of the function or block columns: the total, and
  * where they are shown the covered number and the percentage, which links
  * to the page sorted by it. */
@@ -112,23 +100,44 @@ static void writeTableHeader(FILE *page, SortType order, const char *name, const
     fputs(TABLE_HEAD_END, page);
 }
 
-static void writeFileRow(FILE *page, const filename_list_node *file, const char *ext, bool detailed)
+/* "<TD ALIGN=\"right\">%s</TD>\n" of the grouped number. */
+static void putNumberCell(PageWriter &row, uint64_t value)
 {
-    fputs(DATA_ROW_START, page);
-    fprintf(page, "<TD ALIGN=\"left\"><a href=\"%s\" title=\"%s\">%s</a></TD>\n",
-            HtmlValue(getHTMLname(file->path, ext)).c_str(), HtmlValue(file->path).c_str(),
-            HtmlValue(pathBaseName(file->path)).c_str());
-    writeNumberCell(page, file->totalFuncs);
+    char number[32];
+    row.putLiteral("<TD ALIGN=\"right\">");
+    row.put(u64_to_ascii(number, value));
+    row.putLiteral("</TD>\n");
+}
+
+/* "<TD ALIGN=\"right\">%6.2f</TD>\n" of the rounded percentage. */
+static void putPercentCell(PageWriter &row, double percent)
+{
+    row.putLiteral("<TD ALIGN=\"right\">");
+    row.putPercent6(roundHalfUp2(percent));
+    row.putLiteral("</TD>\n");
+}
+
+static void writeFileRow(PageWriter &row, const filename_list_node *file, const char *ext, bool detailed)
+{
+    row.put(DATA_ROW_START);
+    row.putLiteral("<TD ALIGN=\"left\"><a href=\"");
+    putHtmlValue(row, getHTMLname(file->path, ext));
+    row.putLiteral("\" title=\"");
+    putHtmlValue(row, file->path);
+    row.putLiteral("\">");
+    putHtmlValue(row, pathBaseName(file->path));
+    row.putLiteral("</a></TD>\n");
+    putNumberCell(row, file->totalFuncs);
     if (detailed) {
-        writeNumberCell(page, file->coveredFuncs);
-        writePercentCell(page, file->funcPercent);
+        putNumberCell(row, file->coveredFuncs);
+        putPercentCell(row, file->funcPercent);
     }
-    writeNumberCell(page, file->totalBlocks);
+    putNumberCell(row, file->totalBlocks);
     if (detailed) {
-        writeNumberCell(page, file->coveredBlocks);
-        writePercentCell(page, file->blockPercent);
+        putNumberCell(row, file->coveredBlocks);
+        putPercentCell(row, file->blockPercent);
     }
-    fputs("</TR>\n", page);
+    row.putLiteral("</TR>\n");
 }
 
 bool bCreateCov(bool covered, SortType order, const char *name, const char *ext,
@@ -166,8 +175,11 @@ bool bCreateCov(bool covered, SortType order, const char *name, const char *ext,
 
     writeFramedTableStart(page);
     writeTableHeader(page, order, name, ext, detailed, reference);
-    for (int i = 0; i < count; ++i)
-        writeFileRow(page, files[index[i]], ext, detailed);
+    {
+        PageWriter rows(page);
+        for (int i = 0; i < count; ++i)
+            writeFileRow(rows, files[index[i]], ext, detailed);
+    }
     fputs(FRAMED_TABLE_END, page);
     fputs("</ol>\n", page);
     writePageFoot(page, g_lpszMailAddr, g_lpszMailName);

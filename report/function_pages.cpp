@@ -142,6 +142,12 @@ static void putFunctionName(PageWriter &page, const char *name)
 {
     if (name == nullptr)
         return;
+    size_t length = strlen(name);
+    if (memchr(name, '@', length) == nullptr) {
+        /* No decoration to drop: the escapes alone. */
+        page.putEscaped(name, length, HTML_VALUE_ESCAPES);
+        return;
+    }
     const char *run = name;
     for (const char *p = name; *p != '\0'; ++p) {
         const char *entity = htmlEntity(*p);
@@ -221,38 +227,38 @@ void writeFunctionList(FILE *page, bool covered, SortType order, const char *pat
     PageWriter rows(page);
     for (int i = 0; i < count; ++i) {
         const func *function = functions[i];
-        rows.put(ROW_START);
+        rows.putLiteral(ROW_START);
         if (blocksOnly) {
-            rows.put(BLOCKS_CELL_START);
+            rows.putLiteral(BLOCKS_CELL_START);
             rows.putInt(static_cast<int>(function->blocks));
-            rows.put(BLOCKS_CELL_END);
+            rows.putLiteral(BLOCKS_CELL_END);
         } else {
-            rows.put(COVERAGE_CELL_START);
+            rows.putLiteral(COVERAGE_CELL_START);
             rows.putPercent6(roundHalfUp2(function->percent));
-            rows.put(COVERAGE_CELL_MIDDLE);
+            rows.putLiteral(COVERAGE_CELL_MIDDLE);
             rows.putInt(static_cast<int>(function->covered));
             rows.put('/');
             rows.putInt(static_cast<int>(function->blocks));
-            rows.put(COVERAGE_CELL_END);
+            rows.putLiteral(COVERAGE_CELL_END);
         }
         /* The start line is compared as the unsigned 32-bit number the
          * profile records, then printed as a signed one. */
         uint32_t line = static_cast<uint32_t>(function->line);
         uint32_t anchor = line > LINES_ABOVE ? line - LINES_ABOVE : line;
-        rows.put(NAME_CELL_LINK);
+        rows.putLiteral(NAME_CELL_LINK);
         rows.put(listing);
-        rows.put(NAME_CELL_ANCHOR);
+        rows.putLiteral(NAME_CELL_ANCHOR);
         rows.putInt(static_cast<int>(anchor));
-        rows.put(NAME_CELL_TITLE);
+        rows.putLiteral(NAME_CELL_TITLE);
         rows.putInt(static_cast<int>(line));
-        rows.put(NAME_CELL_TEXT);
+        rows.putLiteral(NAME_CELL_TEXT);
         putFunctionName(rows, function->name);
-        rows.put(NAME_CELL_END);
+        rows.putLiteral(NAME_CELL_END);
         if (options.links) {
             rows.flush();
             writeTestsLink(page, function, options);
         }
-        rows.put(ROW_END);
+        rows.putLiteral(ROW_END);
     }
     rows.flush();
     fputs(PAGE_END, page);

@@ -34,6 +34,14 @@ HtmlValue::HtmlValue(const char *text) : text_(text != nullptr ? text : "")
     text_ = escaped_.c_str();
 }
 
+const EscapeSet HTML_VALUE_ESCAPES{{'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&#39;"}};
+
+void putHtmlValue(PageWriter &page, const char *text)
+{
+    if (text != nullptr)
+        page.putEscaped(text, strlen(text), HTML_VALUE_ESCAPES);
+}
+
 void writeHtmlValue(FILE *page, const char *text)
 {
     fputs(HtmlValue(text).c_str(), page);

@@ -15,6 +15,8 @@
 #include <cstdio>
 #include <string>
 
+#include "report/page_writer.h"
+
 /* A value as page text or inside a double-quoted attribute. c_str() is the
  * value itself when nothing in it needs escaping, so the common case copies
  * nothing; a null value reads as "". Meant as a temporary argument:
@@ -35,6 +37,10 @@ const char *htmlEntity(char c);
 
 /* Writes `text` as an HtmlValue would read. */
 void writeHtmlValue(FILE *page, const char *text);
+
+/* The same escapes, for a page built in a PageWriter. */
+extern const EscapeSet HTML_VALUE_ESCAPES;
+void putHtmlValue(PageWriter &page, const char *text);
 
 /* Writes `text` percent-encoded for a value in a URL's query: letters,
  * digits and "-._~:@/?!$()*,;" as they are, every other byte as "%XX"

@@ -20,27 +20,6 @@ void PageWriter::flush()
     used_ = 0;
 }
 
-void PageWriter::putUnsigned(uint64_t value)
-{
-    char digits[20];
-    char *end = digits + sizeof digits, *at = end;
-    do {
-        *--at = static_cast<char>('0' + value % 10);
-        value /= 10;
-    } while (value != 0);
-    put(at, static_cast<size_t>(end - at));
-}
-
-void PageWriter::putInt(int64_t value)
-{
-    if (value < 0) {
-        put('-');
-        putUnsigned(0 - static_cast<uint64_t>(value));
-    } else {
-        putUnsigned(static_cast<uint64_t>(value));
-    }
-}
-
 void PageWriter::putPercent6(double percent)
 {
     putPercent(percent, 6);

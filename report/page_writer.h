@@ -24,6 +24,13 @@ public:
     PageWriter &operator=(const PageWriter &) = delete;
 
     void put(const char *text) { put(text, strlen(text)); }
+    /* A text whose length is known when compiling (a string constant): the
+     * copy is a few moves. */
+    template <size_t N>
+    void putLiteral(const char (&text)[N])
+    {
+        put(text, N - 1);
+    }
     void put(const std::string &text) { put(text.data(), text.size()); }
     void put(const char *text, size_t length)
     {
@@ -68,8 +75,29 @@ public:
     void commit(const char *end) { used_ = static_cast<size_t>(end - buffer_.get()); }
 
     /* "%d" and "%u" of the value. */
-    void putInt(int64_t value);
-    void putUnsigned(uint64_t value);
+    void putInt(int64_t value)
+    {
+        if (value < 0) {
+            put('-');
+            putUnsigned(0 - static_cast<uint64_t>(value));
+        } else {
+            putUnsigned(static_cast<uint64_t>(value));
+        }
+    }
+    void putUnsigned(uint64_t value)
+    {
+        /* The digits are made right-aligned in a buffer with room after
+         * them, then moved in one fixed-size copy. */
+        char digits[2 * MOST_DIGITS];
+        char *end = digits + MOST_DIGITS, *at = end;
+        do {
+            *--at = static_cast<char>('0' + value % 10);
+            value /= 10;
+        } while (value != 0);
+        char *out = room(MOST_DIGITS);
+        memcpy(out, at, MOST_DIGITS);
+        commit(out + (end - at));
+    }
 
     /* "%6.2f" of a percentage already rounded to two decimals (0 to 100,
      * as roundHalfUp2 gives it). */
@@ -81,6 +109,7 @@ public:
     void flush();
 
 private:
+    static const size_t MOST_DIGITS = 20;
     void putEscapedLong(const char *text, size_t length, const EscapeSet &escapes);
 
     /* Below the size that malloc serves with a mapping of its own, so that
