@@ -1,11 +1,13 @@
 /* coverage.cpp -- block and function coverage of one module. */
 #include "analysis/coverage.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <list>
 #include <map>
+#include <vector>
 
 #include "analysis/block_files.h"
 #include "analysis/comment_parser.h"
@@ -330,14 +332,31 @@ bool processFunction(COMP *c, const char *fileName, ModuleTally &m)
 
 }  // namespace
 
-void order_func(COMP *first)
+/* Links the module's functions in the order `ordered` gives them. */
+template <typename Ordered>
+static void linkByLine(const Ordered &ordered)
 {
-    if (first == nullptr)
-        return;
-    /* Groups of equal lines in chain order. A new line lower than all or
-     * higher than all opens a group at that end; an entry joining the
-     * head's group goes right after the head; one joining any other group
-     * goes before its members. */
+    COMP *head = nullptr;
+    COMP *previous = nullptr;
+    for (COMP *c : ordered) {
+        if (previous != nullptr)
+            previous->next_by_line = c;
+        else
+            head = c;
+        previous = c;
+    }
+    for (COMP *c : ordered)
+        c->first_by_line = head;
+    previous->next_by_line = nullptr;
+    first_func_line = head;
+}
+
+/* The line order when two functions share a line: groups of equal lines in
+ * chain order. A new line lower than all or higher than all opens a group
+ * at that end; an entry joining the head's group goes right after the
+ * head; one joining any other group goes before its members. */
+static void orderSharedLines(COMP *first)
+{
     std::map<int32_t, std::list<COMP *>> groups;
     for (COMP *c = first; sameModule(c, first->fileName); c = c->next) {
         if (groups.empty() || c->line > groups.rbegin()->first) {
@@ -351,18 +370,28 @@ void order_func(COMP *first)
             groups[c->line].push_front(c);
         }
     }
-    COMP *head = groups.begin()->second.front();
-    COMP *previous = nullptr;
-    for (auto &group : groups) {
-        for (COMP *c : group.second) {
-            if (previous != nullptr)
-                previous->next_by_line = c;
-            c->first_by_line = head;
-            previous = c;
+    std::vector<COMP *> ordered;
+    for (auto &group : groups)
+        ordered.insert(ordered.end(), group.second.begin(), group.second.end());
+    linkByLine(ordered);
+}
+
+void order_func(COMP *first)
+{
+    if (first == nullptr)
+        return;
+    /* Functions on lines of their own (the usual case) simply go by line. */
+    std::vector<COMP *> ordered;
+    for (COMP *c = first; sameModule(c, first->fileName); c = c->next)
+        ordered.push_back(c);
+    std::sort(ordered.begin(), ordered.end(), [](const COMP *a, const COMP *b) { return a->line < b->line; });
+    for (size_t i = 1; i < ordered.size(); ++i) {
+        if (ordered[i]->line == ordered[i - 1]->line) {
+            orderSharedLines(first);
+            return;
         }
     }
-    previous->next_by_line = nullptr;
-    first_func_line = head;
+    linkByLine(ordered);
 }
 
 bool isDupName(char *name, unsigned line, func **table, int count, int direction, int *index)

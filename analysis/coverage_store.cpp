@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "analysis/line_count.h"
 #include "driver/console.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 
@@ -20,25 +21,6 @@ const char MSG_NODE_NO_MEMORY[] = "Error - Not enough memory!! (file_list_node::
 const char MSG_SET_NAME_NO_MEMORY[] = "Out of memory!! (file_list_node::bSetName %s)\n";
 const char MSG_FILE_NOT_FOUND[] = "\nWarning - File %s not found!\n";
 const char MSG_GET_FILENAMES_NO_MEMORY[] = "Error - Not enough memory!! (file_list_node::uiGetFilenames)\n";
-
-/* Counts the lines of an open stream: its newlines, plus one when the last
- * byte is not a newline. An empty file has no lines. */
-uint32_t countLines(FILE *stream)
-{
-    uint32_t lines = 0;
-    int last = EOF;
-    char buffer[65536];
-    size_t got;
-    while ((got = fread(buffer, 1, sizeof buffer, stream)) > 0) {
-        for (const char *p = buffer, *end = buffer + got;
-             (p = static_cast<const char *>(memchr(p, '\n', end - p))) != nullptr; ++p)
-            ++lines;
-        last = static_cast<unsigned char>(buffer[got - 1]);
-    }
-    if (last != EOF && last != '\n')
-        ++lines;
-    return lines;
-}
 
 char *copyString(const char *text)
 {

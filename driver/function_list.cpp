@@ -109,7 +109,8 @@ static void readComponents(VEMTRA_SPI_TEXT *spi, const char *spiFileName)
 /* The sort key: file name, display name when both have one, profile name. */
 static bool componentLess(const COMP *a, const COMP *b)
 {
-    int order = strcmp(a->fileName, b->fileName);
+    /* A module's functions share one copy of its file name. */
+    int order = a->fileName == b->fileName ? 0 : strcmp(a->fileName, b->fileName);
     if (order == 0 && a->name != nullptr && b->name != nullptr)
         order = strcmp(a->name, b->name);
     if (order == 0)

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "analysis/coverage_store.h"
+#include "analysis/line_count.h"
 #include "tests/support/capture.h"
 #include "tests/support/profile_writer.h"
 #include "tests/support/scratch_dir.h"
@@ -49,6 +50,19 @@ TEST(CoverageStore, LineSlotsCountLinesWhateverTheLastByte)
     EXPECT_EQ(slotsOf(std::string("\0\xff\n\0", 4)), 3u);  // any byte is a character
     // A megabyte on one line, crossing the read buffer's edge.
     EXPECT_EQ(slotsOf(std::string(1 << 20, 'x') + "\n" + std::string(70000, 'y')), 3u);
+    // Newlines counted sixteen bytes at a time: dense runs longer than a
+    // lane's count can hold before it is summed, and ragged ends.
+    for (size_t length : {15, 16, 17, 4079, 4080, 4081, 70001}) {
+        std::string bytes;
+        size_t newlines = 0;
+        for (size_t i = 0; i < length; ++i) {
+            bool newline = i % 7 == 0 || (i > 3000 && i < 12000);
+            bytes += newline ? '\n' : 'x';
+            newlines += newline;
+        }
+        EXPECT_EQ(countNewlines(bytes.data(), bytes.size()), newlines) << length;
+        EXPECT_EQ(slotsOf(bytes), newlines + (bytes.back() != '\n') + 1) << length;
+    }
 }
 
 TEST(CoverageStore, MissingSourceWarnsAndTakesNoBlocks)

@@ -31,12 +31,16 @@ typedef struct VEMTRA_RECORD_SUMMARY {
     uint64_t max_entry_count;    /* greatest counter of a block named by an entry */
 } VEMTRA_RECORD_SUMMARY;
 
-/* Decodes the record at the stream position into `segment` (which must be
- * zeroed) with the version 3 layout when `wide`, else version 2. With
- * `src_root_offset` not 0 the record's source-root length is read there and
- * applied to its file name. `file_name` is for messages. */
-void vemtra_Read_Dpi_Segment(DPI_S *segment, VEMTRA_DPI_STREAM *stream, int wide, uint64_t src_root_offset,
-                             const char *file_name);
+/* Decodes the record at the stream position with the version 3 layout when
+ * `wide`, else version 2, into one allocation: `prefix` bytes left to the
+ * caller, then the record, then every array and name it points to, so that
+ * one free() releases it all. With `src_root_offset` not 0 the record's
+ * source-root length is read there and applied to its file name. A record
+ * the file cannot hold ends the run before anything is allocated.
+ * `file_name` is for messages. Returns the allocation; `*record` is the
+ * record in it. */
+void *vemtra_Read_Dpi_Segment(VEMTRA_DPI_STREAM *stream, int wide, uint64_t src_root_offset, const char *file_name,
+                              size_t prefix, DPI_S **record);
 
 /* Reads what the directory needs of the record at the stream position,
  * checking that the whole record is present. */
@@ -47,8 +51,5 @@ void vemtra_Read_Dpi_Summary(VEMTRA_RECORD_SUMMARY *summary, VEMTRA_DPI_STREAM *
  * when the result fits in 4096 bytes, and src_root becomes the root's
  * length; otherwise a warning is printed and the name is kept. */
 void vemtra_Apply_Dpi_Src_Root(DPI_S *dpi);
-
-/* Frees everything the decoded segment owns (not the record itself). */
-void vemtra_Release_Dpi_S(DPI_S *segment);
 
 #endif

@@ -2,6 +2,7 @@
  * name, and releasing it. */
 #include "shared/vemtra/client/dpi_segment.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 
@@ -28,19 +29,10 @@ static const DPI_DIRECTORY_ENTRY *vemtra_Find_Entry(const DPI_FILE *dpi_file, co
     return nullptr;
 }
 
-/* A fetched segment: the handle and its record in one allocation (the
- * handle first, so that its address is the allocation's). */
-struct vemtra_segment_block {
-    DPI_SEGMENT handle;
-    DPI_S record;
-};
-
-/* Frees a half-decoded segment when a documented exit unwinds instead of
- * ending the process (a build that returns such exits to its caller). */
-struct vemtra_segment_guard {
-    DPI_SEGMENT *handle;
-    ~vemtra_segment_guard() { VEMTRA_Free_Segment(handle); }
-};
+/* A fetched segment is one allocation: the handle first (so that its
+ * address is the allocation's), then the record and all it points to. */
+static const size_t HANDLE_ROOM = (sizeof(DPI_SEGMENT) + alignof(std::max_align_t) - 1) / alignof(std::max_align_t) *
+                                  alignof(std::max_align_t);
 
 DPI_SEGMENT *VEMTRA_Get_Segment(DPI_FILE *dpi_file, const char *dpi_file_name, const char *file_name,
                                 const char *function_name)
@@ -54,19 +46,16 @@ DPI_SEGMENT *VEMTRA_Get_Segment(DPI_FILE *dpi_file, const char *dpi_file_name, c
     if (entry == nullptr)
         return nullptr;
 
-    /* 5. The decoded record, in the layout the open settled on. The handle
-     * and the record share one allocation. */
-    vemtra_segment_block *block = static_cast<vemtra_segment_block *>(VEMTRA_Calloc(1, sizeof(vemtra_segment_block)));
-    DPI_SEGMENT *handle = &block->handle;
-    handle->runs = dpi_file->runs;
-    handle->segment = &block->record;
+    /* 5. The decoded record, in the layout the open settled on, in one
+     * allocation with its handle. */
     vemtra_Dpi_Stream_Set_Name(dpi_file->stream, dpi_file_name);
     vemtra_Dpi_Stream_Seek(dpi_file->stream, entry->segment_offset);
     int wide = VEMTRA_dpi_64bit_counters;
-    vemtra_segment_guard guard = {handle};
-    vemtra_Read_Dpi_Segment(handle->segment, dpi_file->stream, wide, wide ? entry->src_root_offset : 0,
-                            dpi_file_name);
-    guard.handle = nullptr;
+    DPI_S *record = nullptr;
+    DPI_SEGMENT *handle = static_cast<DPI_SEGMENT *>(vemtra_Read_Dpi_Segment(
+        dpi_file->stream, wide, wide ? entry->src_root_offset : 0, dpi_file_name, HANDLE_ROOM, &record));
+    handle->runs = dpi_file->runs;
+    handle->segment = record;
     return handle;
 }
 
@@ -74,6 +63,5 @@ void VEMTRA_Free_Segment(DPI_SEGMENT *handle)
 {
     if (handle == nullptr)
         return;
-    vemtra_Release_Dpi_S(handle->segment);
-    free(reinterpret_cast<vemtra_segment_block *>(handle));
+    free(handle);
 }

@@ -175,7 +175,9 @@ static int vemtra_Spi_Read_Token(Source &in, spi_buffer *buffer)
     if (length != room)
         length += in.copyToken(buffer->text + length, room - length);
     buffer->text[length] = '\0';
-    if (static_cast<int32_t>(strlen(buffer->text)) == buffer->capacity - 1) {
+    /* strlen() of the token, which stops at a NUL byte inside it, is the
+     * buffer's room only when the token filled it and holds no NUL. */
+    if (length == room && memchr(buffer->text, '\0', static_cast<size_t>(length)) == nullptr) {
         int next = in.get();
         if (next != EOF)
             in.unget(next);
@@ -213,7 +215,8 @@ static int vemtra_Spi_Read_Number(Source &in, int is_unsigned, uint32_t *value)
     bool overflow = false;
     while (c != EOF && vemtra_Spi_Digit(c)) {
         uint64_t digit = static_cast<uint64_t>(c - '0');
-        if (magnitude > (UINT64_MAX - digit) / 10)
+        /* magnitude * 10 + digit passes UINT64_MAX exactly when this holds. */
+        if (magnitude > UINT64_MAX / 10 || (magnitude == UINT64_MAX / 10 && digit > UINT64_MAX % 10))
             overflow = true;
         else
             magnitude = magnitude * 10 + digit;
@@ -302,9 +305,9 @@ static void vemtra_Spi_Resolve(spi_buffer *out, const char *base, const char *na
 
 static void vemtra_Spi_Unmask(char *text)
 {
-    for (; *text != '\0'; text++)
-        if (*text == '|')
-            *text = ' ';
+    char *end = text + strlen(text);
+    while ((text = static_cast<char *>(memchr(text, '|', static_cast<size_t>(end - text)))) != nullptr)
+        *text++ = ' ';
 }
 
 template <typename Source>
