@@ -391,3 +391,32 @@ TEST_F(DpiReader, EveryTruncationEndsCleanly)
         EXPECT_TRUE(run.status == 1 || run.status == 7) << "cut at " << cut << ": " << run.err;
     }
 }
+
+// The profile is mapped, not copied: when another process cuts it short
+// after the open, the fetch that reaches past the new end ends the run as
+// a failed read of that file, never with a bus error.
+TEST_F(DpiReader, AProfileCutShortAfterTheOpenEndsAsAFailedRead)
+{
+    Project p;
+    for (int i = 0; i < 400; ++i)
+        p.Add("/nowhere/a.c", "f" + std::to_string(i), i + 1).Blocks({{1, static_cast<uint32_t>(i + 1), 1}});
+    const std::string bytes = DpiBytes(p);
+    ASSERT_GT(bytes.size(), 3u * 4096);
+    std::string path = File(bytes);
+    Captured run = CaptureInChild([&] {
+        DPI_FILE *dpi = VEMTRA_Open_Dpi_File(path.c_str());
+        if (dpi == nullptr)
+            _exit(7);
+        /* The names lead the file; half of the records are cut off. */
+        if (truncate(path.c_str(), static_cast<off_t>(bytes.size() / 2 / 4096 * 4096)) != 0)
+            _exit(8);
+        char *name = nullptr, *function = nullptr;
+        for (VEMTRA_Get_First_File_Function_Pair(dpi, &name, &function); name != nullptr;
+             VEMTRA_Get_Next_File_Function_Pair(dpi, &name, &function))
+            VEMTRA_Free_Segment(VEMTRA_Get_Segment(dpi, path.c_str(), name, function));
+        _exit(9);
+    });
+    EXPECT_EQ(run.signal, 0);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, path + ": the file was cut short while it was read\nFATAL ERROR: fread on file " + path + " failed\n");
+}

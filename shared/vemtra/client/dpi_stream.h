@@ -2,8 +2,9 @@
  *
  * Segments are read in file order while the directory is built and on
  * demand afterwards, and every record refers to names elsewhere in the file.
- * The reader holds the whole file in memory, read once through the checked
- * wrappers, and decodes little-endian values byte by byte. A read that the
+ * The reader holds the whole file in memory (mapped, or read once through
+ * the checked wrappers when it is no regular file) and decodes
+ * little-endian values byte by byte. A read that the
  * file cannot satisfy ends the run with the checked-read message, exactly as
  * a short read would. The record is open so that the fixed-width reads,
  * several per block of every segment, are inlined; only the failure path
@@ -23,6 +24,7 @@ struct VEMTRA_DPI_STREAM {
     int64_t size;             /* bytes in the file */
     int64_t position;         /* logical read position */
     unsigned char *image;     /* the whole file, then one NUL byte */
+    size_t mapped;            /* bytes mapped at image, or 0 when it was read */
 };
 
 /* Wraps the open stream `fp` (which stays owned by the caller). Learns the
