@@ -22,7 +22,8 @@ std::string Describe(const SPI_LINE_HEADER_S &r)
 }
 
 // Reads one header from `text` and returns its description and what follows
-// it on the stream.
+// it. The stream reader and the in-memory reader (which reads plain lines
+// in place) both read it and must agree on both.
 std::pair<std::string, std::string> ReadOne(const std::string &text, uint32_t use_src_root = 1)
 {
     FILE *stream = tmpfile();
@@ -34,6 +35,18 @@ std::pair<std::string, std::string> ReadOne(const std::string &text, uint32_t us
     std::string rest;
     for (int c; (c = getc(stream)) != EOF;)
         rest.push_back(static_cast<char>(c));
+
+    rewind(stream);
+    VEMTRA_SPI_TEXT window;
+    VEMTRA_SPI_Text_Open(stream, "t.spi", &window);
+    int windowOk = VEMTRA_SPI_Read_Line_Header_Text(&window, &record, use_src_root);
+    EXPECT_EQ(windowOk ? Describe(record) : "FAIL", described) << text.substr(0, 200);
+    std::string windowRest;
+    while (window.position < window.size || VEMTRA_SPI_Text_More(&window))
+        windowRest.push_back(window.bytes[window.position++]);
+    if (ok)  // after a failed line the two stop at different places; the run ends there
+        EXPECT_EQ(windowRest, rest) << text.substr(0, 200);
+    VEMTRA_SPI_Text_Close(&window);
     fclose(stream);
     return {described, rest};
 }
@@ -126,4 +139,35 @@ TEST_F(SpiReader, LongTokensGrowBuffersWhenAnnouncedAndAreRejectedOtherwise)
     // An announced length far beyond the file grows nothing absurd.
     EXPECT_EQ(ReadOne("V3 0 2000000000 0 4 2 a.c m.o f 1 0 0 E\n").first,
               "3 [][a.c][a.c][][m.o][m.o][f] 1 0 0 E");
+}
+
+// Lines at the edges of the plain form the in-memory reader reads in place:
+// each is read by both readers (ReadOne compares them), so a difference in
+// any field or in where the next line starts fails here.
+TEST_F(SpiReader, PlainLinesAndTheirNearMissesReadAlikeByBothReaders)
+{
+    const std::string nul("a\0b.c", 5);
+    const std::string lines[] = {
+        "V3 0 6 0 4 2 a.c m.o f 12 3 1 E rest of line\nnext\n",
+        "V4 3 6 0 4 2 dir a.c m.o f 12 3 1 S\n",
+        "V 3 0 6 0 4 2 a.c m.o f 12 3 1 E\n",             // blank after V
+        "V3\t0 6 0 4 2\ta.c\vm.o\ff\r12 3 1 E\n",          // every blank byte
+        "V3 0 6 0 4 2 a.c m.o f 123456789 3 1 E\n",       // nine digits
+        "V3 0 6 0 4 2 a.c m.o f 1234567890 3 1 E\n",      // ten digits
+        "V3 0 6 0 4 2 a.c m.o f 99999999999999999999 3 1 E\n",
+        "V3 0 6 0 4 2 a.c m.o f -12 3 1 E\n",             // signs
+        "V3 0 +6 0 4 2 a.c m.o f 12 -3 1 E\n",
+        "V3 0 6 0 4 2 a.c m.o f 12 3 1\nE\n",             // linkage on the next line
+        "V3 0 6 0 4\n2 a.c m.o f 12 3 1 E\n",             // lengths across lines
+        "V3 0 6 0 4 2 a.c\nm.o f 12 3 1 E\n",             // tokens across lines
+        "V3 0 6 0 4 2 " + nul + " m.o f 12 3 1 E\n",     // a NUL inside a token
+        "V3 0 6 0 4 2 a.c m.o f 12 3 1 " + std::string(1, '\0') + "\n",
+        "V3 0 6 0 4 2 " + std::string(4095, 'q') + " m.o f 1 2 3 E\n",  // the buffer exactly
+        "V3 0 6 0 4 2 " + std::string(4096, 'q') + " m.o f 1 2 3 E\n",  // one byte more
+        "V5 0 6 0 4 2 a.c m.o f 12 3 1 E\n",              // no such version
+        "V3 0 6 0 4 2 a.c m.o f 12x 3 1 E\n",
+        "V3 0 6 0 4 2 a.c m.o f 12 3 1 E",                // no line feed at the end
+    };
+    for (const std::string &line : lines)
+        ReadOne(line);
 }

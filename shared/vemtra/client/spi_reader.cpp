@@ -11,6 +11,9 @@
 #include <initializer_list>
 #include <cstring>
 #include <sys/stat.h>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "shared/vemtra/client/src_root.h"
 #include "shared/vemtra/tallyfold/checked_alloc.h"
@@ -310,6 +313,145 @@ static void vemtra_Spi_Unmask(char *text)
         *text++ = ' ';
 }
 
+static void vemtra_Spi_Buffers_Ready()
+{
+    if (bn_buff.text != nullptr)
+        return;
+    spi_buffer *all[] = {&bn_buff, &fn_buff, &bm_buff, &mn_buff, &rn_buff, &full_path_name_buff,
+                         &full_path_module_buff};
+    for (spi_buffer *buffer : all)
+        vemtra_Spi_Buffer_Create(buffer, SPI_INITIAL_BUFFER);
+}
+
+/* Steps 7 to 9 of a version 3 or 4 line, once its fields are read. */
+static int vemtra_Spi_Finish_V3(SPI_LINE_HEADER_S *record, uint32_t use_src_root)
+{
+    /* 7 and 8. The resolved paths; each re-roots on its own base directory. */
+    int root_in_force = use_src_root != 0 && VEMTRA_src_root_dir_len > 0;
+    vemtra_Spi_Resolve(&full_path_name_buff, bn_buff.text, fn_buff.text, root_in_force && bn_buff.text[0] != '\0');
+    vemtra_Spi_Resolve(&full_path_module_buff, bm_buff.text, mn_buff.text,
+                       root_in_force && bm_buff.text[0] != '\0');
+    record->full_path_name = full_path_name_buff.text;
+    record->full_path_module = full_path_module_buff.text;
+
+    /* 9. Spaces come back everywhere but in the routine name. */
+    spi_buffer *masked[] = {&bn_buff, &fn_buff, &bm_buff, &mn_buff, &full_path_name_buff, &full_path_module_buff};
+    for (spi_buffer *buffer : masked)
+        vemtra_Spi_Unmask(buffer->text);
+    return 1;
+}
+
+/* Where a token that starts at `p` ends: at white space, a NUL byte or
+ * `end`. White space and NUL are all at most ' ', so sixteen bytes at a
+ * time are searched for such a byte, then it is looked at. */
+static const char *vemtra_Spi_Token_End(const char *p, const char *end)
+{
+#if defined(__SSE2__)
+    const __m128i space = _mm_set1_epi8(' ');
+    while (end - p >= 16) {
+        __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+        unsigned low = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_max_epu8(chunk, space), space)));
+        if (low == 0) {
+            p += 16;
+            continue;
+        }
+        p += __builtin_ctz(low);
+        if (vemtra_Spi_Space(static_cast<unsigned char>(*p)) || *p == '\0')
+            return p;
+        ++p;
+    }
+#endif
+    while (p < end && !vemtra_Spi_Space(static_cast<unsigned char>(*p)) && *p != '\0')
+        ++p;
+    return p;
+}
+
+/* A version 3 or 4 line read in place, when all of it is in the window and
+ * it has the plain form nearly every line has: no signs, numbers of at
+ * most nine digits, no NUL byte, every token within its buffer. Its fields
+ * are those the general reader would read, and the position ends where it
+ * would. Returns -1, leaving everything as it was, for any other line. */
+static int vemtra_Spi_Read_Header_Plain(VEMTRA_SPI_TEXT *text, SPI_LINE_HEADER_S *record, uint32_t use_src_root)
+{
+    const char *p = text->bytes + text->position;
+    const char *end = static_cast<const char *>(memchr(p, '\n', text->size - text->position));
+    if (end == nullptr || *p != 'V')
+        return -1;
+    ++p;
+    auto skipBlanks = [&] {
+        while (p < end && vemtra_Spi_Space(static_cast<unsigned char>(*p)))
+            ++p;
+    };
+    /* A number of one to nine digits after blanks; -1 for anything else. */
+    auto number = [&]() -> int64_t {
+        skipBlanks();
+        const char *first = p;
+        int64_t value = 0;
+        while (p < end && vemtra_Spi_Digit(static_cast<unsigned char>(*p)) && p - first < 9)
+            value = value * 10 + (*p++ - '0');
+        if (p == first || (p < end && vemtra_Spi_Digit(static_cast<unsigned char>(*p))))
+            return -1;
+        return value;
+    };
+    int64_t version = number();
+    if (version != 3 && version != 4)
+        return -1;
+    int64_t lengths[5];
+    for (int64_t &length : lengths)
+        if ((length = number()) < 0)
+            return -1;
+
+    /* The reserves the general reader makes (they only grow the buffers),
+     * from the position it makes them at: what is left of the file bounds
+     * them. */
+    vemtra_Spi_Buffers_Ready();
+    const size_t start = text->position;
+    text->position = static_cast<size_t>(p - text->bytes);
+    vemtra_spi_text_source in{text};
+    vemtra_Spi_Buffer_Reserve(&bn_buff, lengths[0] + 1, in);
+    vemtra_Spi_Buffer_Reserve(&fn_buff, lengths[1], in);
+    vemtra_Spi_Buffer_Reserve(&bm_buff, lengths[2] + 1, in);
+    vemtra_Spi_Buffer_Reserve(&mn_buff, lengths[3], in);
+    vemtra_Spi_Buffer_Reserve(&rn_buff, lengths[4], in);
+
+    /* A token after blanks, copied into `buffer`; false when it does not
+     * have the plain form. */
+    auto token = [&](spi_buffer *buffer) {
+        skipBlanks();
+        const char *first = p;
+        p = vemtra_Spi_Token_End(p, end);
+        size_t length = static_cast<size_t>(p - first);
+        if (length == 0 || (p < end && *p == '\0') || length > static_cast<size_t>(buffer->capacity - 1))
+            return false;
+        memcpy(buffer->text, first, length);
+        buffer->text[length] = '\0';
+        return true;
+    };
+    bn_buff.text[0] = '\0';
+    bm_buff.text[0] = '\0';
+    text->position = start;
+    if ((lengths[0] != 0 && !token(&bn_buff)) || !token(&fn_buff) || (lengths[2] != 0 && !token(&bm_buff)) ||
+        !token(&mn_buff) || !token(&rn_buff))
+        return -1;
+    int64_t line = number(), blocks = number(), excluded = number();
+    skipBlanks();
+    if (line < 0 || blocks < 0 || excluded < 0 || p == end)
+        return -1;
+
+    record->version = static_cast<int32_t>(version);
+    record->file_base_dir = bn_buff.text;
+    record->file_name = fn_buff.text;
+    record->module_base_dir = bm_buff.text;
+    record->module_name = mn_buff.text;
+    record->routine_name = rn_buff.text;
+    record->line = static_cast<uint32_t>(line);
+    record->block_count = static_cast<int32_t>(blocks);
+    record->excluded_block_count = static_cast<int32_t>(excluded);
+    record->linkage = *p++;
+    text->position = static_cast<size_t>(p - text->bytes);
+    return vemtra_Spi_Finish_V3(record, use_src_root);
+}
+
 template <typename Source>
 static int vemtra_Spi_Read_Header(Source &in, SPI_LINE_HEADER_S *record, uint32_t use_src_root)
 {
@@ -344,12 +486,7 @@ static int vemtra_Spi_Read_Header(Source &in, SPI_LINE_HEADER_S *record, uint32_
     record->version = has_number ? version : 1;
 
     /* 3. The buffers, created on the first call. */
-    if (bn_buff.text == nullptr) {
-        spi_buffer *all[] = {&bn_buff, &fn_buff, &bm_buff, &mn_buff, &rn_buff, &full_path_name_buff,
-                             &full_path_module_buff};
-        for (spi_buffer *buffer : all)
-            vemtra_Spi_Buffer_Create(buffer, SPI_INITIAL_BUFFER);
-    }
+    vemtra_Spi_Buffers_Ready();
 
     /* 4. Grow a buffer that cannot hold its announced field. The two base
      * directory lengths leave out the terminator; the other three count it. */
@@ -395,19 +532,7 @@ static int vemtra_Spi_Read_Header(Source &in, SPI_LINE_HEADER_S *record, uint32_
     if (vemtra_Spi_Read_Tail(in, record, 1) != 4)
         return 0;
 
-    /* 7 and 8. The resolved paths; each re-roots on its own base directory. */
-    int root_in_force = use_src_root != 0 && VEMTRA_src_root_dir_len > 0;
-    vemtra_Spi_Resolve(&full_path_name_buff, bn_buff.text, fn_buff.text, root_in_force && bn_buff.text[0] != '\0');
-    vemtra_Spi_Resolve(&full_path_module_buff, bm_buff.text, mn_buff.text,
-                       root_in_force && bm_buff.text[0] != '\0');
-    record->full_path_name = full_path_name_buff.text;
-    record->full_path_module = full_path_module_buff.text;
-
-    /* 9. Spaces come back everywhere but in the routine name. */
-    spi_buffer *masked[] = {&bn_buff, &fn_buff, &bm_buff, &mn_buff, &full_path_name_buff, &full_path_module_buff};
-    for (spi_buffer *buffer : masked)
-        vemtra_Spi_Unmask(buffer->text);
-    return 1;
+    return vemtra_Spi_Finish_V3(record, use_src_root);
 }
 
 int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name, SPI_LINE_HEADER_S *record,
@@ -419,6 +544,9 @@ int VEMTRA_SPI_Read_Line_Header(FILE *stream, const char *spi_file_name, SPI_LIN
 
 int VEMTRA_SPI_Read_Line_Header_Text(VEMTRA_SPI_TEXT *text, SPI_LINE_HEADER_S *record, uint32_t use_src_root)
 {
+    int plain = vemtra_Spi_Read_Header_Plain(text, record, use_src_root);
+    if (plain >= 0)
+        return plain;
     vemtra_spi_text_source in{text};
     return vemtra_Spi_Read_Header(in, record, use_src_root);
 }
