@@ -126,7 +126,7 @@ struct LineColours {
             const char *value = takeBGColor(colour);
             length[colour] = value != nullptr ? strlen(value) : 0;
             memset(text[colour], 0, ROOM);
-            if (length[colour] <= ROOM)
+            if (value != nullptr && length[colour] <= ROOM)
                 memcpy(text[colour], value, length[colour]);
         }
     }
