@@ -184,8 +184,26 @@ static bool vemtra_Walk_Extensions(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STR
 }
 
 /* Finds every announced segment. Returns false after a warning. */
+/* The directory's entries while they are found: one array that becomes the
+ * directory itself. */
+struct vemtra_entry_list {
+    DPI_DIRECTORY_ENTRY *items = nullptr;
+    size_t count = 0;
+    size_t capacity = 0;
+
+    size_t size() const { return count; }
+    void push_back(const DPI_DIRECTORY_ENTRY &entry)
+    {
+        if (count == capacity) {
+            capacity = capacity == 0 ? 16 : 2 * capacity;
+            items = static_cast<DPI_DIRECTORY_ENTRY *>(VEMTRA_Realloc(items, capacity * sizeof(DPI_DIRECTORY_ENTRY)));
+        }
+        items[count++] = entry;
+    }
+};
+
 static bool vemtra_Locate_Segments(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STREAM *stream,
-                                   std::vector<DPI_DIRECTORY_ENTRY> &entries)
+                                   vemtra_entry_list &entries)
 {
     DPI_FILE *dpi = input_file->dpi;
     int64_t size = vemtra_Dpi_Stream_Size(stream);
@@ -470,34 +488,54 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
 
     /* 4. Where each segment lies. Every record takes at least 8 bytes, so
      * the file's size bounds what is reserved for an announced count. */
-    std::vector<DPI_DIRECTORY_ENTRY> entries;
+    vemtra_entry_list entries;
     uint64_t room = static_cast<uint64_t>(vemtra_Dpi_Stream_Size(stream)) / OLD_RECORD_MIN + 1;
-    entries.reserve(std::min<uint64_t>(dpi_file->segment_count, room));
-    if (!vemtra_Locate_Segments(input_file, stream, entries))
+    entries.capacity = static_cast<size_t>(std::max<uint64_t>(1, std::min<uint64_t>(dpi_file->segment_count, room)));
+    entries.items = static_cast<DPI_DIRECTORY_ENTRY *>(VEMTRA_Malloc(entries.capacity * sizeof(DPI_DIRECTORY_ENTRY)));
+    if (!vemtra_Locate_Segments(input_file, stream, entries)) {
+        free(entries.items);
         return 0;
+    }
 
     /* 5. What each segment holds. */
-    for (DPI_DIRECTORY_ENTRY &entry : entries)
-        vemtra_Fill_Entry(input_file, stream, &entry);
+    for (size_t i = 0; i < entries.count; i++)
+        vemtra_Fill_Entry(input_file, stream, &entries.items[i]);
 
     dpi_file->strings->forgetLookups();
 
     /* 6. Sorted by key; equal keys keep their file order. The entries are
-     * large, so their places are sorted and each entry is moved once. */
-    std::vector<const DPI_DIRECTORY_ENTRY *> order;
-    order.reserve(entries.size());
-    for (const DPI_DIRECTORY_ENTRY &entry : entries)
-        order.push_back(&entry);
+     * large: their places are sorted, then the entries are moved into
+     * their ranks in place, each cycle of the permutation with one spare. */
+    std::vector<uint32_t> order(entries.count);
+    for (size_t i = 0; i < entries.count; i++)
+        order[i] = static_cast<uint32_t>(i);
+    const DPI_DIRECTORY_ENTRY *items = entries.items;
     std::stable_sort(order.begin(), order.end(),
-                     [](const DPI_DIRECTORY_ENTRY *a, const DPI_DIRECTORY_ENTRY *b) { return vemtra_Key_Less(*a, *b); });
-    dpi_file->directory =
-        static_cast<DPI_DIRECTORY_ENTRY *>(VEMTRA_Malloc((entries.empty() ? 1 : entries.size()) * sizeof(DPI_DIRECTORY_ENTRY)));
-    for (size_t i = 0; i < order.size(); i++)
-        dpi_file->directory[i] = *order[i];
+                     [items](uint32_t a, uint32_t b) { return vemtra_Key_Less(items[a], items[b]); });
+    /* order[rank] = place, turned into where each place goes. */
+    std::vector<uint32_t> destination(entries.count);
+    for (size_t rank = 0; rank < entries.count; rank++)
+        destination[order[rank]] = static_cast<uint32_t>(rank);
+    std::vector<uint32_t>().swap(order);
+    for (size_t start = 0; start < entries.count; start++) {
+        if (destination[start] == start)
+            continue;
+        DPI_DIRECTORY_ENTRY moving = entries.items[start];
+        size_t to = destination[start];
+        destination[start] = static_cast<uint32_t>(start);
+        while (to != start) {
+            std::swap(moving, entries.items[to]);
+            size_t next = destination[to];
+            destination[to] = static_cast<uint32_t>(to);
+            to = next;
+        }
+        entries.items[start] = moving;
+    }
+    dpi_file->directory = entries.items;
     DPI_DIRECTORY_ENTRY *sorted = dpi_file->directory;
 
     /* 7. One warning per group of equal keys; the entries all stay. */
-    for (size_t i = 1; i < entries.size(); i++) {
+    for (size_t i = 1; i < entries.count; i++) {
         if (vemtra_Same_Key(sorted[i], sorted[i - 1]) && (i == 1 || !vemtra_Same_Key(sorted[i - 1], sorted[i - 2])))
             VEMTRA_Tool_Warning(MSG_MULTIPLE, input_file->file_name, sorted[i].lookup_key);
     }
