@@ -68,7 +68,7 @@ void writeFileFrameset(FILE *page, const char *path, const char *ext, bool hasCo
 bool bCreateFileFrameset(const char *path, const char *ext, bool hasCovered, bool hasUncovered)
 {
     const std::string name = getDirHTMLname(path, ext);
-    FILE *page = openReportFile(name.c_str(), "w");
+    FILE *page = openPageFile(name.c_str());
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", path);
         return false;

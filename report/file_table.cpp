@@ -145,7 +145,7 @@ bool bCreateCov(bool covered, SortType order, const char *name, const char *ext,
 {
     checkSortOption(order);
     const std::string pageName = getDirVerHTMLname(name, order + 3, ext);
-    FILE *page = openReportFile(pageName.c_str(), "w");
+    FILE *page = openPageFile(pageName.c_str());
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", name);
         return false;

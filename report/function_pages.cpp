@@ -271,7 +271,7 @@ bool bOutputFunctionCoverageFor(bool covered, SortType order, const char *path, 
         return true;
     checkSortOption(order);
     const std::string name = getDirHTMLname(functionListBase(path, covered, order + 3).c_str(), ext);
-    FILE *page = openReportFile(name.c_str(), "w");
+    FILE *page = openPageFile(name.c_str());
     if (page == nullptr) {
         fprintf(stderr, "Cannot open %s for output!\n", name.c_str());
         return false;

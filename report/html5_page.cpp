@@ -33,6 +33,8 @@ static FILE *createPage(const std::string &path)
         fprintf(stderr, "ERROR: cannot write %s: %s\n", path.c_str(), strerror(errno));
         vemtra_Process_Exit(1);
     }
+    /* Everything reaches the file through the page buffer, in large pieces. */
+    setvbuf(file, nullptr, _IONBF, 0);
     return file;
 }
 

@@ -15,7 +15,6 @@
 #include "shared/vemtra/tallyfold/checked_io.h"
 
 /* The page is written in large pieces. */
-static const size_t PAGE_BUFFER_SIZE = 1 << 18;
 
 static const SortType COVERED_ORDERS[] = {1, -1, 2, -2};
 static const SortType UNCOVERED_ORDERS[] = {1, -1, 3, -3};
@@ -35,14 +34,13 @@ static bool writeListing(const ModulePages &module, const char *ext, ListingWork
         return false;
     }
     const std::string name = getDirSrcHTMLname(path, ext);
-    FILE *page = openReportFile(name.c_str(), "w");
+    FILE *page = openPageFile(name.c_str());
     if (page == nullptr) {
         fprintf(stderr, "Cannot open %s for output!\n", name.c_str());
         fclose(source);
         markerLineFree(&marker);
         return false;
     }
-    setvbuf(page, nullptr, _IOFBF, PAGE_BUFFER_SIZE);
 
     ListingSource file;
     file.path = path;

@@ -39,6 +39,15 @@ FILE *openReportFile(const char *name, const char *mode)
     return fopen((reportRoot + name).c_str(), mode);
 }
 
+FILE *openPageFile(const char *name)
+{
+    static thread_local char buffer[1 << 16];
+    FILE *page = openReportFile(name, "w");
+    if (page != nullptr)
+        setvbuf(page, buffer, _IOFBF, sizeof buffer);
+    return page;
+}
+
 int makeReportDir(const char *name, unsigned mode)
 {
     return mkdir((reportRoot + name).c_str(), mode);

@@ -15,6 +15,12 @@ bool setReportRoot(const char *dir);
 /* fopen of the report file `name` in the report's place. */
 FILE *openReportFile(const char *name, const char *mode);
 
+/* openReportFile(name, "w") for a page written and closed before the same
+ * thread opens the next one: the stream is given the thread's page buffer
+ * (64 KiB), so that it needs no buffer of its own and no look at the file
+ * to size one. */
+FILE *openPageFile(const char *name);
+
 /* mkdir of the directory `name` in the report's place with `mode`; the
  * result is the system call's. */
 int makeReportDir(const char *name, unsigned mode);
