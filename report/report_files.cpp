@@ -41,7 +41,9 @@ FILE *openReportFile(const char *name, const char *mode)
 
 FILE *openPageFile(const char *name)
 {
-    static thread_local char buffer[1 << 16];
+    /* As large as the buffer the stream would make for itself: the page
+     * writer hands it larger pieces, which then go to the file directly. */
+    static thread_local char buffer[1 << 12];
     FILE *page = openReportFile(name, "w");
     if (page != nullptr)
         setvbuf(page, buffer, _IOFBF, sizeof buffer);

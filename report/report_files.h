@@ -16,9 +16,9 @@ bool setReportRoot(const char *dir);
 FILE *openReportFile(const char *name, const char *mode);
 
 /* openReportFile(name, "w") for a page written and closed before the same
- * thread opens the next one: the stream is given the thread's page buffer
- * (64 KiB), so that it needs no buffer of its own and no look at the file
- * to size one. */
+ * thread opens the next one: the stream is given the thread's page buffer,
+ * so that it needs no buffer of its own and no look at the file to size
+ * one. */
 FILE *openPageFile(const char *name);
 
 /* mkdir of the directory `name` in the report's place with `mode`; the
