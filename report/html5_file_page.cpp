@@ -216,7 +216,6 @@ void writeTitle(Html5Page &page, const PositionReport &p)
 
 void writeFunctionTable(Html5Page &page, const ModuleReport &module, bool reference)
 {
-    Html5Labels labels = html5Labels(reference);
     page.raw("<section aria-labelledby=\"functions\"><h2 id=\"functions\">Functions</h2>\n"
              "<div class=\"table-wrap\"><table class=\"data sortable\"><thead><tr>"
              "<th scope=\"col\"><button type=\"button\">Function</button></th>"
