@@ -8,6 +8,7 @@
 #include "analysis/coverage_store.h"
 #include "analysis/percent_format.h"
 #include "report/colors.h"
+#include "report/line_digits.h"
 #include "report/source_listing.h"
 
 namespace {
@@ -23,6 +24,18 @@ std::vector<SourceLine> splitLines(const std::string &bytes)
 {
     std::vector<SourceLine> lines;
     size_t start = 0;
+    if (memchr(bytes.data(), '\r', bytes.size()) == nullptr) {
+        /* Line feeds only (the usual file): found by the library's search. */
+        const char *data = bytes.data();
+        for (const char *at; (at = static_cast<const char *>(memchr(data + start, '\n', bytes.size() - start)));) {
+            size_t end = static_cast<size_t>(at - data);
+            lines.push_back(SourceLine{start, end - start});
+            start = end + 1;
+        }
+        if (start < bytes.size())
+            lines.push_back(SourceLine{start, bytes.size() - start});
+        return lines;
+    }
     for (size_t i = 0; i < bytes.size(); ++i) {
         if (bytes[i] != '\n' && bytes[i] != '\r')
             continue;
@@ -50,6 +63,20 @@ bool isFortran(const char *path)
     return false;
 }
 
+/* The first place in [p, end) where `first` is followed by `second`. */
+const char *findPair(const char *p, const char *end, char first, char second)
+{
+    while (p + 1 < end) {
+        const char *at = static_cast<const char *>(memchr(p, first, static_cast<size_t>(end - 1 - p)));
+        if (at == nullptr)
+            return nullptr;
+        if (at[1] == second)
+            return at;
+        p = at + 1;
+    }
+    return nullptr;
+}
+
 /* Lines that hold no code: blank, or only a comment (C and C++ comments,
  * and '!' comments in Fortran sources). String literals are not looked at:
  * a comment opener inside one is taken as a comment, which at worst ends a
@@ -64,12 +91,7 @@ std::vector<bool> codelessLines(const std::string &bytes, const std::vector<Sour
         bool code = false;
         while (p < end) {
             if (inBlock) {
-                const char *close = nullptr;
-                for (const char *q = p; q + 1 < end; ++q)
-                    if (q[0] == '*' && q[1] == '/') {
-                        close = q;
-                        break;
-                    }
+                const char *close = findPair(p, end, '*', '/');
                 if (close == nullptr)
                     break;
                 inBlock = false;
@@ -96,15 +118,21 @@ std::vector<bool> codelessLines(const std::string &bytes, const std::vector<Sour
         codeless[n + 1] = !code;
         /* A block comment opened after code on this line still runs on. */
         if (code) {
-            for (const char *q = p; q + 1 < end; ++q) {
-                if (!inBlock && q[0] == '/' && q[1] == '/')
-                    break;
-                if (!inBlock && q[0] == '/' && q[1] == '*') {
-                    inBlock = true;
-                    ++q;
-                } else if (inBlock && q[0] == '*' && q[1] == '/') {
+            const char *q = p;
+            while (q + 1 < end) {
+                if (!inBlock) {
+                    /* Two slashes end the line's comments; slash and star open one. */
+                    const char *slash = static_cast<const char *>(memchr(q, '/', static_cast<size_t>(end - 1 - q)));
+                    if (slash == nullptr || slash[1] == '/')
+                        break;
+                    inBlock = slash[1] == '*';
+                    q = slash + (inBlock ? 2 : 1);
+                } else {
+                    const char *close = findPair(q, end, '*', '/');
+                    if (close == nullptr)
+                        break;
                     inBlock = false;
-                    ++q;
+                    q = close + 2;
                 }
             }
         }
@@ -205,13 +233,13 @@ bool isInfeasibleLine(const ModuleReport &module, uint32_t line)
 
 void writeTitle(Html5Page &page, const PositionReport &p)
 {
-    page.raw(" title=\"");
+    page.literal(" title=\"");
     page.number(p.count);
-    page.raw(" (");
+    page.literal(" (");
     page.number(p.executed);
     page.raw('/');
     page.number(p.blocks);
-    page.raw(")\"");
+    page.literal(")\"");
 }
 
 void writeFunctionTable(Html5Page &page, const ModuleReport &module, bool reference)
@@ -223,56 +251,56 @@ void writeFunctionTable(Html5Page &page, const ModuleReport &module, bool refere
              "<th scope=\"col\"><button type=\"button\">Blocks</button></th>"
              "<th scope=\"col\"><button type=\"button\">");
     page.text(reference ? "Missed" : "Covered");
-    page.raw("</button></th><th scope=\"col\"><button type=\"button\">");
+    page.literal("</button></th><th scope=\"col\"><button type=\"button\">");
     page.text(reference ? "Miss %" : "Coverage %");
-    page.raw("</button></th></tr></thead>\n<tbody>\n");
+    page.literal("</button></th></tr></thead>\n<tbody>\n");
     for (const FunctionReport &f : module.functions) {
         double percent = roundHalfUp2(coveragePercent(f.covered, f.blocks));
-        page.raw("<tr class=\"row\"><td><a href=\"#L");
+        page.literal("<tr class=\"row\"><td><a href=\"#L");
         page.number(f.line);
-        page.raw("\">");
+        page.literal("\">");
         page.text(f.name != nullptr ? f.name : f.procName);
-        page.raw("</a></td><td data-v=\"");
+        page.literal("</a></td><td data-v=\"");
         page.number(f.line);
-        page.raw("\">");
+        page.literal("\">");
         page.number(f.line);
-        page.raw("</td><td data-v=\"");
+        page.literal("</td><td data-v=\"");
         page.number(f.blocks);
-        page.raw("\">");
+        page.literal("\">");
         page.number(f.blocks);
-        page.raw("</td><td data-v=\"");
+        page.literal("</td><td data-v=\"");
         page.number(f.covered);
-        page.raw("\">");
+        page.literal("\">");
         page.number(f.covered);
-        page.raw("</td><td class=\"pct\" data-v=\"");
+        page.literal("</td><td class=\"pct\" data-v=\"");
         page.percent(percent);
-        page.raw("\">");
+        page.literal("\">");
         page.percent(percent);
-        page.raw("%</td></tr>\n");
+        page.literal("%</td></tr>\n");
     }
-    page.raw("</tbody></table></div></section>\n");
+    page.literal("</tbody></table></div></section>\n");
 }
 
 void writeLegend(Html5Page &page, bool reference)
 {
-    page.raw("<ul class=\"legend\" aria-label=\"Legend\">");
+    page.literal("<ul class=\"legend\" aria-label=\"Legend\">");
     const int classes[] = {COLOR_COVERED, COLOR_PARTIAL, COLOR_UNCOVERED_BLOCK, COLOR_UNCOVERED_FUNCTION,
                            COLOR_INFEASIBLE};
     for (int c : classes) {
-        page.raw("<li><span class=\"k");
+        page.literal("<li><span class=\"k");
         page.number(static_cast<uint64_t>(c));
-        page.raw("\">");
+        page.literal("\">");
         page.raw(GLYPH[c]);
-        page.raw(" ");
+        page.literal(" ");
         if (reference && c == COLOR_COVERED)
-            page.raw("not newly covered");
+            page.literal("not newly covered");
         else if (reference && c == COLOR_UNCOVERED_BLOCK)
-            page.raw("newly covered block");
+            page.literal("newly covered block");
         else if (reference && c == COLOR_UNCOVERED_FUNCTION)
-            page.raw("newly covered function");
+            page.literal("newly covered function");
         else
             page.raw(GLYPH_NAME[c]);
-        page.raw("</span></li>");
+        page.literal("</span></li>");
     }
     page.raw("</ul>\n<p class=\"keys\">Keys: <kbd>n</kbd> next and <kbd>p</kbd> previous uncovered line, "
              "<kbd>t</kbd> theme.</p>\n");
@@ -297,6 +325,7 @@ void writeSource(Html5Page &page, const ModuleReport &module, const std::string 
     };
     std::vector<Event> events;
     std::vector<int> classes;
+    LineDigits number;
     for (uint32_t line = 1; line <= lineCount; ++line) {
         const SourceLine &text = lines[line - 1];
         const char *chars = bytes.data() + text.start;
@@ -318,28 +347,41 @@ void writeSource(Html5Page &page, const ModuleReport &module, const std::string 
             hits = std::max(hits, s.position->count);
             uncovered = uncovered || s.colour == COLOR_UNCOVERED_BLOCK || s.colour == COLOR_UNCOVERED_FUNCTION;
         }
-        std::stable_sort(events.begin(), events.end(), [](const Event &a, const Event &b) {
-            return a.column != b.column ? a.column < b.column : a.kind < b.kind;
-        });
+        /* In column order, ends before starts, else as they came: a line
+         * has a handful of events, so an insertion sort (which keeps the
+         * order of equals) is the cheapest. */
+        for (size_t i = 1; i < events.size(); ++i) {
+            Event moving = events[i];
+            size_t j = i;
+            for (; j > 0 && (moving.column != events[j - 1].column ? moving.column < events[j - 1].column
+                                                                    : moving.kind < events[j - 1].kind);
+                 --j)
+                events[j] = events[j - 1];
+            events[j] = moving;
+        }
 
         bool excluded = isInfeasibleLine(module, line);
         int status = excluded ? COLOR_INFEASIBLE : lineStatus(classes);
         /* The rows are the bulk of the view, so they are written in HTML's
          * short form: unquoted plain attributes, no optional end tags. */
-        page.raw("<tr id=L");
-        page.number(line);
-        page.raw(excluded ? " class=x" : (uncovered ? " class=u" : ""));
-        page.raw("><td><a href=#L");
-        page.number(line);
+        number.next();
+        page.literal("<tr id=L");
+        page.lineNumber(number);
+        if (excluded)
+            page.literal(" class=x");
+        else if (uncovered)
+            page.literal(" class=u");
+        page.literal("><td><a href=#L");
+        page.lineNumber(number);
         page.raw('>');
-        page.number(line);
-        page.raw("</a><td>");
+        page.lineNumber(number);
+        page.literal("</a><td>");
         if (status != 0)
             page.raw(GLYPH_TEXT[status]);
-        page.raw("<td>");
+        page.literal("<td>");
         if (!classes.empty())
             page.number(hits);
-        page.raw("<td>");
+        page.literal("<td>");
 
         uint32_t column = 1;
         auto emit = [&](uint32_t upTo, const PositionReport *titled) {
@@ -352,7 +394,7 @@ void writeSource(Html5Page &page, const ModuleReport &module, const std::string 
                 std::all_of(chars, chars + (to - 1), [](char c) { return c == ' ' || c == '\t'; }))
                 colour = 0;
             if (colour != 0) {
-                page.raw("<span class=k");
+                page.literal("<span class=k");
                 page.number(static_cast<uint64_t>(colour));
                 if (titled != nullptr)
                     writeTitle(page, *titled);
@@ -360,7 +402,7 @@ void writeSource(Html5Page &page, const ModuleReport &module, const std::string 
             }
             page.content(chars + column - 1, to - column);
             if (colour != 0)
-                page.raw("</span>");
+                page.literal("</span>");
             column = to;
         };
         const PositionReport *titled = nullptr;
@@ -381,7 +423,7 @@ void writeSource(Html5Page &page, const ModuleReport &module, const std::string 
         emit(endColumn, titled);
         page.raw('\n');
     }
-    page.raw("</tbody></table></div>\n");
+    page.literal("</tbody></table></div>\n");
 }
 
 }  // namespace
@@ -396,42 +438,42 @@ void writeHtml5Head(Html5Page &page, const std::string &title, const std::string
     page.raw("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
              "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>");
     page.text(title);
-    page.raw("</title>\n<link rel=\"stylesheet\" href=\"");
+    page.literal("</title>\n<link rel=\"stylesheet\" href=\"");
     page.raw(toRoot);
-    page.raw("style.css\">\n<script src=\"");
+    page.literal("style.css\">\n<script src=\"");
     page.raw(toRoot);
-    page.raw("report.js\" defer></script>\n</head>\n");
+    page.literal("report.js\" defer></script>\n</head>\n");
 }
 
 void writeHtml5ThemeButton(Html5Page &page)
 {
-    page.raw("<button id=\"theme\" type=\"button\" hidden>Dark theme</button>\n");
+    page.literal("<button id=\"theme\" type=\"button\" hidden>Dark theme</button>\n");
 }
 
 void writeHtml5Totals(Html5Page &page, const Html5Labels &labels, const std::vector<Html5Total> &totals)
 {
-    page.raw("<ul class=\"totals\">");
+    page.literal("<ul class=\"totals\">");
     for (const Html5Total &t : totals) {
         double rounded = roundHalfUp2(t.percent);
-        page.raw("<li>");
+        page.literal("<li>");
         page.raw(t.name);
-        page.raw(" ");
+        page.literal(" ");
         page.text(labels.covered);
-        page.raw(": <strong>");
+        page.literal(": <strong>");
         page.number(t.covered);
-        page.raw("</strong> of ");
+        page.literal("</strong> of ");
         page.number(t.total);
-        page.raw(" (");
+        page.literal(" (");
         page.percent(rounded);
-        page.raw("%) <meter min=\"0\" max=\"100\" value=\"");
+        page.literal("%) <meter min=\"0\" max=\"100\" value=\"");
         page.percent(rounded);
-        page.raw("\" aria-label=\"");
+        page.literal("\" aria-label=\"");
         page.raw(t.name);
-        page.raw(" ");
+        page.literal(" ");
         page.text(labels.coverage);
-        page.raw("\"></meter></li>");
+        page.literal("\"></meter></li>");
     }
-    page.raw("</ul>\n");
+    page.literal("</ul>\n");
 }
 
 void writeHtml5FilePage(const Html5FilePage &input, Html5Page &page)
@@ -441,24 +483,24 @@ void writeHtml5FilePage(const Html5FilePage &input, Html5Page &page)
     if (input.project != nullptr)
         title += std::string(" of ") + input.project;
     writeHtml5Head(page, title, input.toRoot);
-    page.raw("<body>\n<header>\n<nav aria-label=\"Breadcrumb\"><a href=\"");
+    page.literal("<body>\n<header>\n<nav aria-label=\"Breadcrumb\"><a href=\"");
     page.raw(input.toRoot);
-    page.raw("index.html\">All files</a> / ");
+    page.literal("index.html\">All files</a> / ");
     page.text(input.shownPath);
-    page.raw("</nav>\n<h1>");
+    page.literal("</nav>\n<h1>");
     page.text(input.shownPath);
-    page.raw("</h1>\n");
+    page.literal("</h1>\n");
     writeHtml5ThemeButton(page);
-    page.raw("</header>\n<main>\n");
+    page.literal("</header>\n<main>\n");
     writeHtml5Totals(page, html5Labels(input.reference),
                      {{"Functions", module.functionsCovered, module.functionsTotal, module.functionPercent},
                       {"Blocks", module.blocksCovered, module.blocksTotal, module.blockPercent}});
     writeFunctionTable(page, module, input.reference);
-    page.raw("<section aria-labelledby=\"source\"><h2 id=\"source\">Source</h2>\n");
+    page.literal("<section aria-labelledby=\"source\"><h2 id=\"source\">Source</h2>\n");
     writeLegend(page, input.reference);
     if (input.source != nullptr)
         writeSource(page, module, *input.source, input.reference);
     else
-        page.raw("<p>The source file could not be read.</p>\n");
-    page.raw("</section>\n</main>\n</body>\n</html>\n");
+        page.literal("<p>The source file could not be read.</p>\n");
+    page.literal("</section>\n</main>\n</body>\n</html>\n");
 }

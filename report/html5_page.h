@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <string>
 
+#include "report/line_digits.h"
 #include "report/page_writer.h"
 
 class Html5Page {
@@ -25,6 +26,15 @@ public:
     void raw(const char *markup) { out_.put(markup); }
     void raw(const std::string &markup) { out_.put(markup); }
     void raw(char c) { out_.put(c); }
+    void raw(const char *markup, size_t length) { out_.put(markup, length); }
+    /* A line's number, in one fixed-size move. */
+    void lineNumber(const LineDigits &digits) { out_.putPadded(digits.first, digits.length()); }
+    /* Markup whose length is known when compiling. */
+    template <size_t N>
+    void literal(const char (&markup)[N])
+    {
+        out_.putLiteral(markup);
+    }
 
     /* Text or a double-quoted attribute value: & < > " ' as entities. */
     void text(const char *value, size_t length);

@@ -51,6 +51,15 @@ public:
         buffer_[used_++] = c;
     }
 
+    /* A short text (at most 16 bytes) from a place with 16 readable bytes,
+     * such as a LineDigits: copied in one fixed-size move. */
+    void putPadded(const char *text, size_t length)
+    {
+        char *out = room(16);
+        memcpy(out, text, 16);
+        commit(out + length);
+    }
+
     /* `text` with the bytes of `escapes` replaced. Plain bytes are checked
      * and copied sixteen at a time, straight into the buffer. */
     void putEscaped(const char *text, size_t length, const EscapeSet &escapes)

@@ -9,6 +9,7 @@
 #include "analysis/percent_format.h"
 #include "report/colors.h"
 #include "report/html_escape.h"
+#include "report/line_digits.h"
 #include "report/naming.h"
 #include "report/page_foot.h"
 #include "report/page_writer.h"
@@ -92,27 +93,6 @@ void writeLineNumber(FILE *page, uint32_t line)
     PageWriter writer(page);
     putLineNumber(writer, line);
 }
-
-/* The current line's number as decimal text, counted up in place as the
- * listing moves on (no division per line). The digits end at `END` and
- * are followed by room, so that they can be copied in one fixed-size move. */
-struct LineDigits {
-    static const size_t END = 16;
-    char text[END + 16] = {};
-    char *first = text + END;
-    size_t length() const { return static_cast<size_t>(text + END - first); }
-    /* From "" (line 0) to "1", from "129" to "130", from "99" to "100". */
-    void next()
-    {
-        char *digit = text + END - 1;
-        while (digit >= first && *digit == '9')
-            *digit-- = '0';
-        if (digit < first)
-            *--first = '1';
-        else
-            ++*digit;
-    }
-};
 
 /* The line colours' texts, each in a room of its own so that a short one
  * is copied in one fixed-size move. */
