@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 #include "driver/component_file.h"
 #include "driver/console.h"
@@ -49,23 +51,67 @@ static char *sharedFileName(const char *fileName)
     return copy;
 }
 
+/* The list's records and profile names live in large blocks, released
+ * together with the list: a record and a short name each cost an
+ * allocation (and its overhead) otherwise. */
+static std::vector<char *> listBlocks;
+static char *listFree = nullptr;
+static size_t listRoom = 0;
+static const size_t LIST_BLOCK = 1 << 16;
+
+/* `bytes` from the blocks, aligned for any record; null when memory runs
+ * out. */
+static void *listTake(size_t bytes)
+{
+    const size_t align = alignof(std::max_align_t);
+    bytes = (bytes + align - 1) / align * align;
+    if (bytes > listRoom) {
+        size_t size = bytes > LIST_BLOCK ? bytes : LIST_BLOCK;
+        char *block = static_cast<char *>(malloc(size));
+        if (block == nullptr)
+            return nullptr;
+        listBlocks.push_back(block);
+        listFree = block;
+        listRoom = size;
+    }
+    void *taken = listFree;
+    listFree += bytes;
+    listRoom -= bytes;
+    return taken;
+}
+
+/* A copy of `text` in the blocks, or null when memory runs out. */
+static char *listCopy(const char *text)
+{
+    size_t length = strlen(text) + 1;
+    char *copy = static_cast<char *>(listTake(length));
+    if (copy != nullptr)
+        memcpy(copy, text, length);
+    return copy;
+}
+
 /* Step 10.5: one record for a function of a module of interest. */
 static COMP *newComponent(const SPI_LINE_HEADER_S &header, const char *fileName, const char *demangled,
                           int demangledLength)
 {
-    COMP *comp = static_cast<COMP *>(calloc(1, sizeof(COMP)));
+    COMP *comp = static_cast<COMP *>(listTake(sizeof(COMP)));
     if (comp == nullptr) {
         fprintf(stderr, MSG_NO_MEMORY_FOR, static_cast<int>(sizeof(COMP)), "Components SPI");
         tvx_Exit(1);
     }
+    memset(comp, 0, sizeof *comp);
     comp->fileName = sharedFileName(fileName);
-    comp->procName = copyOrExit(header.routine_name, "comp->procName");
+    comp->procName = listCopy(header.routine_name);
+    if (comp->procName == nullptr) {
+        fprintf(stderr, MSG_NO_MEMORY_FOR, static_cast<int>(strlen(header.routine_name) + 1), "comp->procName");
+        tvx_Exit(1);
+    }
     comp->line = static_cast<int32_t>(header.line);
     comp->block_count = static_cast<uint32_t>(header.block_count - header.excluded_block_count);
     comp->spi_value = header.linkage;
     comp->name = comp->procName;
     if (demangledLength != 0 && strcmp(demangled, comp->procName) != 0) {
-        comp->name = strdup(demangled);
+        comp->name = listCopy(demangled);
         if (comp->name == nullptr) {
             fputs(MSG_OUT_OF_MEMORY, stderr);
             tvx_Exit(2);
@@ -173,12 +219,9 @@ static void markModulesAndDuplicates(COMP *head)
                 record->dup_name = 1;
                 kept->dup_name = 1;
             } else {
-                /* The same function listed twice: keep one. */
+                /* The same function listed twice: keep one (the other's
+                 * memory goes with the list's). */
                 kept->next = record->next;
-                if (record->name != record->procName)
-                    free(record->name);
-                free(record->procName);
-                free(record);
                 continue;
             }
         }
@@ -214,14 +257,12 @@ void buildComponentList(const char *spiFileName)
 
 void freeComponentList()
 {
-    while (componentList != nullptr) {
-        COMP *next = componentList->next;
-        if (componentList->name != componentList->procName)
-            free(componentList->name);
-        free(componentList->procName);
-        free(componentList);
-        componentList = next;
-    }
+    componentList = nullptr;
+    for (char *block : listBlocks)
+        free(block);
+    listBlocks.clear();
+    listFree = nullptr;
+    listRoom = 0;
     for (std::string_view name : fileNames)
         free(const_cast<char *>(name.data()));
     fileNames.clear();
