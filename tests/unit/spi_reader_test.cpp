@@ -44,8 +44,9 @@ std::pair<std::string, std::string> ReadOne(const std::string &text, uint32_t us
     std::string windowRest;
     while (window.position < window.size || VEMTRA_SPI_Text_More(&window))
         windowRest.push_back(window.bytes[window.position++]);
-    if (ok)  // after a failed line the two stop at different places; the run ends there
+    if (ok) {  // after a failed line the two stop at different places; the run ends there
         EXPECT_EQ(windowRest, rest) << text.substr(0, 200);
+    }
     VEMTRA_SPI_Text_Close(&window);
     fclose(stream);
     return {described, rest};

@@ -536,12 +536,17 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
 
     /* 7. One warning per group of equal keys; the entries all stay. */
     for (size_t i = 1; i < entries.count; i++) {
-        if (vemtra_Same_Key(sorted[i], sorted[i - 1]) && (i == 1 || !vemtra_Same_Key(sorted[i - 1], sorted[i - 2])))
+        if (!vemtra_Same_Key(sorted[i], sorted[i - 1]))
+            continue;
+        if (!sorted[i - 1].shared_key)
             VEMTRA_Tool_Warning(MSG_MULTIPLE, input_file->file_name, sorted[i].lookup_key);
+        sorted[i - 1].shared_key = 1;
+        sorted[i].shared_key = 1;
     }
 
     /* 8. Ready for the pair walk and on-demand fetches. */
     dpi_file->cursor = 0;
+    dpi_file->last_found = UINT32_MAX;
     return 1;
 }
 

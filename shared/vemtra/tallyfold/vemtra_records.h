@@ -70,6 +70,7 @@ typedef struct DPI_DIRECTORY_ENTRY {
     uint32_t ext_dc6a_length;
     uint32_t word_b;              /* word B of the segment record */
     uint32_t flags : 2;           /* bits 0 and 1 of the attribute word */
+    uint32_t shared_key : 1;      /* another entry has the same lookup_key */
     float frequency;              /* greatest entry-block count / runs */
 } DPI_DIRECTORY_ENTRY;
 
@@ -89,6 +90,7 @@ typedef struct DPI_FILE {
     char *name_field;                /* header name field (512-byte allocation) */
     int32_t has_flow_graph;          /* properties bit 0 */
     uint32_t cursor;                 /* position of the file/function pair walk */
+    uint32_t last_found;             /* entry of the last successful lookup, or UINT32_MAX */
     struct VEMTRA_DPI_STREAM *stream; /* the file's bytes, read once */
     struct vemtra_string_pool *strings; /* owns the names the directory derived */
 } DPI_FILE;
