@@ -182,8 +182,13 @@ static void WriteSrcFileFooter(FILE *page, const ListingOptions &options)
  * entities, a line feed as the end of the line's anchor. */
 static void copyText(PageWriter &page, const char *text, size_t length)
 {
-    static const EscapeSet escapes{{'"', "&quot;"}, {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\n', LINE_END}};
-    page.putEscaped(text, length, escapes);
+    /* A line feed can only end a line's text: it closes the anchor after
+     * the rest is escaped. */
+    static const EscapeSet escapes{{'"', "&quot;"}, {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}};
+    bool lineEnd = length > 0 && text[length - 1] == '\n';
+    page.putEscaped(text, length - lineEnd, escapes);
+    if (lineEnd)
+        page.putLiteral(LINE_END);
 }
 
 static bool appendMarkers(MarkerLine *marker, const char *text, size_t length)
