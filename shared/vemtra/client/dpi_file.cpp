@@ -216,6 +216,11 @@ static bool vemtra_Locate_Segments(VEMTRA_INPUT_FILE *input_file, VEMTRA_DPI_STR
         DPI_DIRECTORY_ENTRY entry;
         memset(&entry, 0, sizeof entry);
         uint64_t offset = static_cast<uint64_t>(vemtra_Dpi_Stream_Tell(stream));
+        /* Each record says where the next begins, so the walk waits on
+         * memory at every record; the bytes a few records ahead are asked
+         * for now, as a streaming read would have them. */
+        for (uint64_t ahead = 1024; ahead < 1024 + 256; ahead += 64)
+            vemtra_Dpi_Stream_Prefetch(stream, offset + ahead);
         if (!input_file->is_new_form) {
             uint32_t flags = vemtra_Dpi_Read_U32(stream);
             if (flags & VEMTRA_SEG_COUNTERS_64)
@@ -497,9 +502,15 @@ int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file)
         return 0;
     }
 
-    /* 5. What each segment holds. */
-    for (size_t i = 0; i < entries.count; i++)
+    /* 5. What each segment holds. The records lie far apart in a large
+     * file: a record a few places ahead is asked of memory while this one
+     * is read, so that the reads overlap. */
+    static const size_t READ_AHEAD = 8;
+    for (size_t i = 0; i < entries.count; i++) {
+        if (i + READ_AHEAD < entries.count)
+            vemtra_Dpi_Stream_Prefetch(stream, entries.items[i + READ_AHEAD].segment_offset);
         vemtra_Fill_Entry(input_file, stream, &entries.items[i]);
+    }
 
     dpi_file->strings->forgetLookups();
 

@@ -12,6 +12,15 @@
 #include "shared/vemtra/client/src_root.h"
 #include "shared/vemtra/tallyfold/checked_alloc.h"
 
+/* Notes the entry found, and asks memory for the record of the entry after
+ * it, the likely next fetch: the record is then at hand when it comes. */
+static void vemtra_Found_Entry(DPI_FILE *dpi_file, uint32_t found)
+{
+    dpi_file->last_found = found;
+    if (found + 1 < dpi_file->segment_count)
+        vemtra_Dpi_Stream_Prefetch(dpi_file->stream, dpi_file->directory[found + 1].segment_offset);
+}
+
 /* The directory entry whose key equals `key`, or null. Functions are
  * usually fetched in about the directory's order, so the entry after the
  * last one found is tried first: when its key is the one sought and no
@@ -23,7 +32,7 @@ static const DPI_DIRECTORY_ENTRY *vemtra_Find_Entry(DPI_FILE *dpi_file, const ch
     uint32_t next = dpi_file->last_found + 1;
     if (next < dpi_file->segment_count && !dpi_file->directory[next].shared_key &&
         strcmp(dpi_file->directory[next].lookup_key, key) == 0) {
-        dpi_file->last_found = next;
+        vemtra_Found_Entry(dpi_file, next);
         return &dpi_file->directory[next];
     }
     uint32_t low = 0, high = dpi_file->segment_count;
@@ -31,7 +40,7 @@ static const DPI_DIRECTORY_ENTRY *vemtra_Find_Entry(DPI_FILE *dpi_file, const ch
         uint32_t middle = low + (high - low) / 2;
         int order = strcmp(dpi_file->directory[middle].lookup_key, key);
         if (order == 0) {
-            dpi_file->last_found = middle;
+            vemtra_Found_Entry(dpi_file, middle);
             return &dpi_file->directory[middle];
         }
         if (order < 0)

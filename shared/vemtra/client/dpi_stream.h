@@ -59,6 +59,14 @@ inline void vemtra_Dpi_Stream_Need(VEMTRA_DPI_STREAM *stream, uint64_t count)
         vemtra_Dpi_Stream_Short(stream);
 }
 
+/* Tells the processor that the bytes at `offset` will be read soon (a hint
+ * only: nothing is read, and an offset past the end is ignored). */
+inline void vemtra_Dpi_Stream_Prefetch(const VEMTRA_DPI_STREAM *stream, uint64_t offset)
+{
+    if (offset < static_cast<uint64_t>(stream->size))
+        __builtin_prefetch(stream->image + offset);
+}
+
 /* Reads `count` bytes at the position and advances, or ends the run. */
 void vemtra_Dpi_Stream_Read(VEMTRA_DPI_STREAM *stream, void *buffer, size_t count);
 
