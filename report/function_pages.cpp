@@ -22,9 +22,14 @@ static const char UNCOVERED_KIND[] = "UncvrdFncs";
 static const char HEAD_START[] =
     "<html>\n"
     "<head>\n";
-static const char COVERED_TITLE[] = "<title>Covered Functions of %s</title>\n";
-static const char UNCOVERED_TITLE[] = "<title>Uncovered Functions of %s</title>\n";
-static const char BASE_TARGET[] = "<base target=\"%s\">\n";
+/* "<title>Covered Functions of %s</title>\n" (or Uncovered), and
+ * "<base target=\"%s\">\n", cut where their values go. */
+static const char TITLE_START[] = "<title>";
+static const char COVERED_TITLE[] = "Covered Functions of ";
+static const char UNCOVERED_TITLE[] = "Uncovered Functions of ";
+static const char TITLE_END[] = "</title>\n";
+static const char BASE_TARGET_START[] = "<base target=\"";
+static const char BASE_TARGET_END[] = "\">\n";
 static const char HEAD_BODY[] =
     "</head>\n"
     "<body bgcolor=\"FFFFFF\">\n";
@@ -35,17 +40,20 @@ static const char TABLE_START[] =
     "CELLSPACING=0 STYLE=\"color:black;font-weight:normal;font-family:Verdana,"
     "Arial;font-size:x-small\">\n"
     "<thead>\n";
-static const char BLOCKS_HEADER[] =
-    "<TH ALIGN=\"center\"><a target=\"%s\" title=\"sort based on blocks\" href=\"%s\">blocks</a></TH>\n";
-static const char COVERAGE_HEADER[] =
-    "<TH ALIGN=\"left\" COLSPAN=\"2\"><a target=\"%s\" title=\"sort based on coverage\" "
-    "href=\"%s\">coverage</a></TH>\n";
-static const char MISS_RATE_HEADER[] =
-    "<TH ALIGN=\"left\" COLSPAN=\"2\"><a target=\"%s\" title=\"sort based on miss rate\" "
-    "href=\"%s\">miss rate</a></TH>\n";
-static const char NAME_HEADER[] =
-    "<TH ALIGN=\"left\"><a target=\"_self\" title=\"sort based on function name\" "
-    "href=\"%s\">function</a></TH>\n";
+/* The column headers, each cut where the link to its sorted page goes; the
+ * links open in "_self". */
+static const char BLOCKS_HEADER_START[] =
+    "<TH ALIGN=\"center\"><a target=\"_self\" title=\"sort based on blocks\" href=\"";
+static const char BLOCKS_HEADER_END[] = "\">blocks</a></TH>\n";
+static const char COVERAGE_HEADER_START[] =
+    "<TH ALIGN=\"left\" COLSPAN=\"2\"><a target=\"_self\" title=\"sort based on coverage\" href=\"";
+static const char COVERAGE_HEADER_END[] = "\">coverage</a></TH>\n";
+static const char MISS_RATE_HEADER_START[] =
+    "<TH ALIGN=\"left\" COLSPAN=\"2\"><a target=\"_self\" title=\"sort based on miss rate\" href=\"";
+static const char MISS_RATE_HEADER_END[] = "\">miss rate</a></TH>\n";
+static const char NAME_HEADER_START[] =
+    "<TH ALIGN=\"left\"><a target=\"_self\" title=\"sort based on function name\" href=\"";
+static const char NAME_HEADER_END[] = "\">function</a></TH>\n";
 static const char HEAD_END[] = "</thead>\n";
 static const char BODY_START[] = "<tbody>\n";
 /* A row, cut where its numbers and names go:
@@ -173,10 +181,10 @@ void writeFunctionName(FILE *page, const char *name)
     putFunctionName(writer, name);
 }
 
-static void writeHeaderLink(FILE *page, const char *format, const char *target, const char *path, bool covered,
-                            const char *ext, int number)
+/* The link to the list page `number` of the same kind. */
+static void putListLink(PageWriter &page, const char *path, bool covered, const char *ext, int number)
 {
-    fprintf(page, format, target, HtmlValue(getHTMLname(functionListBase(path, covered, number).c_str(), ext)).c_str());
+    putHtmlValue(page, getHTMLname(functionListBase(path, covered, number).c_str(), ext));
 }
 
 static void writeTestsLink(FILE *page, const func *function, const FunctionListOptions &options)
@@ -202,29 +210,37 @@ void writeFunctionList(FILE *page, bool covered, SortType order, const char *pat
      * lists show miss rates. */
     bool blocksOnly = !covered && !options.reference;
 
-    fputs(HEAD_START, page);
-    fprintf(page, covered ? COVERED_TITLE : UNCOVERED_TITLE, HtmlValue(path).c_str());
-    fprintf(page, BASE_TARGET, LISTING_FRAME_NAME);
-    fputs(HEAD_BODY, page);
-    fputs(covered ? COVERED_HEADING : UNCOVERED_HEADING, page);
-    fputs(TABLE_START, page);
+    PageWriter rows(page);
+    rows.putLiteral(HEAD_START);
+    rows.putLiteral(TITLE_START);
+    rows.put(covered ? COVERED_TITLE : UNCOVERED_TITLE);
+    putHtmlValue(rows, path);
+    rows.putLiteral(TITLE_END);
+    rows.putLiteral(BASE_TARGET_START);
+    rows.put(LISTING_FRAME_NAME);
+    rows.putLiteral(BASE_TARGET_END);
+    rows.putLiteral(HEAD_BODY);
+    rows.put(covered ? COVERED_HEADING : UNCOVERED_HEADING);
+    rows.putLiteral(TABLE_START);
 
-    if (blocksOnly)
-        writeHeaderLink(page, BLOCKS_HEADER, "_self", path, covered, ext,
-                        sortHeaderLink(order, SORT_COLUMN_BLOCKS));
-    else
-        writeHeaderLink(page, options.reference ? MISS_RATE_HEADER : COVERAGE_HEADER, "_self", path, covered,
-                        ext, sortHeaderLink(order, SORT_COLUMN_COVERAGE));
-    fprintf(page, NAME_HEADER,
-            HtmlValue(getHTMLname(functionListBase(path, covered, sortHeaderLink(order, SORT_COLUMN_NAME)).c_str(), ext))
-                .c_str());
-    fputs(HEAD_END, page);
+    if (blocksOnly) {
+        rows.putLiteral(BLOCKS_HEADER_START);
+        putListLink(rows, path, covered, ext, sortHeaderLink(order, SORT_COLUMN_BLOCKS));
+        rows.putLiteral(BLOCKS_HEADER_END);
+    } else {
+        rows.put(options.reference ? MISS_RATE_HEADER_START : COVERAGE_HEADER_START);
+        putListLink(rows, path, covered, ext, sortHeaderLink(order, SORT_COLUMN_COVERAGE));
+        rows.put(options.reference ? MISS_RATE_HEADER_END : COVERAGE_HEADER_END);
+    }
+    rows.putLiteral(NAME_HEADER_START);
+    putListLink(rows, path, covered, ext, sortHeaderLink(order, SORT_COLUMN_NAME));
+    rows.putLiteral(NAME_HEADER_END);
+    rows.putLiteral(HEAD_END);
 
     sortFunctions(functions, count, order);
-    fputs(BODY_START, page);
+    rows.putLiteral(BODY_START);
     /* Every row links to the same listing: its name is made once. */
     const std::string listing = HtmlValue(getSrcHTMLname(path, ext)).c_str();
-    PageWriter rows(page);
     for (int i = 0; i < count; ++i) {
         const func *function = functions[i];
         rows.putLiteral(ROW_START);
@@ -260,8 +276,7 @@ void writeFunctionList(FILE *page, bool covered, SortType order, const char *pat
         }
         rows.putLiteral(ROW_END);
     }
-    rows.flush();
-    fputs(PAGE_END, page);
+    rows.putLiteral(PAGE_END);
 }
 
 bool bOutputFunctionCoverageFor(bool covered, SortType order, const char *path, const char *ext,
