@@ -4,8 +4,8 @@
 # source lines; vemcov without HTML and with the full report (user and
 # system time, wall time, peak memory), and the time it takes merely to
 # read every source and write a tree of the same files with the same bytes
-# (bench/write_floor). Each command runs three times; the figures are
-# printed with the goals beside them, never checked.
+# (bench/write_floor). Each command runs ROUNDS times (5 unless set) and the
+# medians close the output, with the goals beside them; never checked.
 #
 #   sh bench/report_cost_bench.sh [work dir] [files] [functions per file] [lines per function] [baseline vemcov]
 #
@@ -21,7 +21,7 @@ LINES=${4:-18}
 BASELINE=${5:-}
 . bench/large_project.sh
 
-for round in 1 2 3; do
+for round in $(seq "$ROUNDS"); do
     echo "-- round $round"
     measure "vemcov -nohtml" "$VEMCOV" -nopmeter -nohtml
     if [ -n "$BASELINE" ]; then
@@ -37,7 +37,8 @@ for round in 1 2 3; do
     rm -rf floor-copy
     cp CODE_COVERAGE.HTML floor-report/ && rm -rf floor-report/CodeCoverage && cp -r CodeCoverage floor-report/
     sync
-    "$FLOOR" src floor-report floor-copy
+    floor src floor-report floor-copy
 done
+summarize
 echo "== goals: documented report user <= 0.40 s and wall <= 1.15 x the floor's wall;"
 echo "   -nohtml user <= 0.20 s; peak memory <= 64 MiB (65536 KiB)"
