@@ -48,7 +48,10 @@ bool coverage_list::bAddFilename(const char *path)
     node->path = copy;
     if (FILE *probe = VEMTRA_Open_Regular_File(path)) {
         node->fileFlags |= FILE_READABLE;
-        fclose(probe);
+        if (probedSource != nullptr)
+            fclose(probedSource);
+        probedSource = probe;
+        probedPath = path;
     }
     if (fileListTail != nullptr)
         fileListTail->next = node;
@@ -58,6 +61,17 @@ bool coverage_list::bAddFilename(const char *path)
     ++fileCount;
     pathIndex.insert(node->path);
     return true;
+}
+
+FILE *coverage_list::takeProbed(const char *path)
+{
+    FILE *probe = probedSource;
+    probedSource = nullptr;
+    if (probe != nullptr && probedPath != path) {
+        fclose(probe);
+        probe = nullptr;
+    }
+    return probe;
 }
 
 bool coverage_list::bSetName(const char *path)
@@ -77,7 +91,9 @@ bool coverage_list::bSetName(const char *path)
     }
     currentFile = node;
 
-    FILE *source = VEMTRA_Open_Regular_File(path);
+    FILE *source = takeProbed(path);
+    if (source == nullptr)
+        source = VEMTRA_Open_Regular_File(path);
     if (source == nullptr) {
         printf(MSG_FILE_NOT_FOUND, path);
         return false;
@@ -304,6 +320,8 @@ void coverage_list::moveCurrentFileTo(coverage_list &into)
 
 coverage_list::~coverage_list()
 {
+    if (probedSource != nullptr)
+        fclose(probedSource);
     deleteCurrentFile();
     for (filename_list_node *node = fileListHead; node != nullptr;) {
         filename_list_node *next = node->next;

@@ -5,7 +5,9 @@
 #define VEMCOV_ANALYSIS_COVERAGE_STORE_H
 
 #include <cstdint>
+#include <cstdio>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
@@ -146,6 +148,14 @@ private:
      * macros) are found here instead, keyed by line << 32 | column, so that
      * no line costs time quadratic in its positions. */
     std::unordered_map<uint64_t, block_list_node *> crowdedPositions;
+
+    /* The stream bAddFilename opened to learn that its file can be read,
+     * kept for the bSetName of the same path that usually follows (one
+     * open of each source instead of two). */
+    FILE *probedSource = nullptr;
+    std::string probedPath;
+    /* The kept stream when it is `path`'s, else null; any other is closed. */
+    FILE *takeProbed(const char *path);
 };
 
 /* The run's one store. */

@@ -190,13 +190,16 @@ void Html5Writer::module(const ModuleReport &module, bool analysed)
     std::string target = dir_ + "/" + page;
     const char *project = project_;
     bool reference = reference_;
+    /* The page's directory, made once for all the pages in it. */
+    std::string pageDir = target.substr(0, target.rfind('/'));
+    if (madeDirs_.insert(pageDir).second)
+        makeDirectories(pageDir);
     /* The page needs the model, which the run replaces with the next
      * module's: a page written on another thread takes a copy. */
     auto write = [target, shown, toRoot, project, reference](const ModuleReport &model) {
         std::string source;
         bool read = readWhole(model.path != nullptr ? model.path : "", source);
         Html5FilePage input{&model, shown, toRoot, project, reference, read ? &source : nullptr};
-        makeDirectories(target.substr(0, target.rfind('/')));
         Html5Page out(target);
         writeHtml5FilePage(input, out);
     };

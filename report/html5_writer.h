@@ -45,6 +45,7 @@ private:
     Html5Colours colours_;
     std::vector<FileRow> rows_;
     std::unordered_set<std::string> usedPages_;
+    std::unordered_set<std::string> madeDirs_;     /* page directories made so far */
     std::unordered_map<std::string, int> nextNumber_;  /* per page name taken, the number to try next */
     std::unique_ptr<PageJobs> jobs_;  /* -j: file pages written on these threads */
 };
