@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "analysis/coverage_store.h"
+#include "analysis/line_count.h"
 #include "analysis/percent_format.h"
 #include "report/colors.h"
 #include "report/line_digits.h"
@@ -23,6 +24,7 @@ struct SourceLine {
 std::vector<SourceLine> splitLines(const std::string &bytes)
 {
     std::vector<SourceLine> lines;
+    lines.reserve(countNewlines(bytes.data(), bytes.size()) + 1);
     size_t start = 0;
     if (memchr(bytes.data(), '\r', bytes.size()) == nullptr) {
         /* Line feeds only (the usual file): found by the library's search. */

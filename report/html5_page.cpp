@@ -14,11 +14,7 @@ void Html5Page::text(const char *value, size_t length)
     out_.putEscaped(value, length, escapes);
 }
 
-void Html5Page::content(const char *value, size_t length)
-{
-    static const EscapeSet escapes{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}};
-    out_.putEscaped(value, length, escapes);
-}
+const EscapeSet Html5Page::CONTENT_ESCAPES{{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}};
 
 void Html5Page::text(const char *value)
 {

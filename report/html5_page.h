@@ -41,13 +41,14 @@ public:
     void text(const char *value);
     void text(const std::string &value) { text(value.data(), value.size()); }
     /* Element content only (source text): & < > as entities, quotes kept. */
-    void content(const char *value, size_t length);
+    void content(const char *value, size_t length) { out_.putEscaped(value, length, CONTENT_ESCAPES); }
 
     void number(uint64_t value) { out_.putUnsigned(value); }
     /* A percentage already rounded to two decimals, as "83.33". */
     void percent(double rounded) { out_.putPercent(rounded, 0); }
 
 private:
+    static const EscapeSet CONTENT_ESCAPES;
     std::string path_;
     FILE *file_;
     PageWriter out_;
