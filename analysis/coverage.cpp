@@ -105,6 +105,7 @@ void addToTable(const COMP *c, const FunctionTally &f, uint32_t feasible, bool c
     record->blocks = feasible;
     record->covered = f.covered;
     record->percent = feasible != 0 ? 100.0 * f.covered / feasible : 0.0;
+    record->nameRank = 0;
     /* A sanity check of the two ends; with both tables inside one array of
      * one slot per entry it does not fire. */
     if (fileFuncsCovered > fileFuncsUncovered + numFileFuncsCovered)

@@ -31,6 +31,10 @@ struct func {
     uint32_t blocks;   /* feasible blocks */
     uint32_t covered;  /* feasible blocks with a positive count */
     double percent;    /* 100.0 * covered / blocks, 0.0 when blocks is 0 */
+    /* The name's place among its table's names, from 1 (equal names share
+     * one), so that the tables' several sorts compare names without reading
+     * them; 0 until the report ranks them. */
+    int32_t nameRank;
 };
 
 /* One block's count for the full block files; an array of them is linked

@@ -2,8 +2,10 @@
  * source file. */
 #include "report/function_pages.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <vector>
 #include <strings.h>
 
 #include "analysis/percent_format.h"
@@ -102,7 +104,23 @@ std::string functionListBase(const char *path, bool covered, int number)
 
 static int compareNames(const func *a, const func *b)
 {
+    if (a->nameRank != 0 && b->nameRank != 0)
+        return compareKey(a->nameRank, b->nameRank);
     return strcmp(a->name != nullptr ? a->name : "", b->name != nullptr ? b->name : "");
+}
+
+void rankFunctionNames(func **functions, int count)
+{
+    auto nameOf = [](const func *f) { return f->name != nullptr ? f->name : ""; };
+    std::vector<func *> byName(functions, functions + count);
+    std::sort(byName.begin(), byName.end(),
+              [&](const func *a, const func *b) { return strcmp(nameOf(a), nameOf(b)) < 0; });
+    int32_t rank = 0;
+    for (size_t i = 0; i < byName.size(); ++i) {
+        if (i == 0 || strcmp(nameOf(byName[i - 1]), nameOf(byName[i])) != 0)
+            ++rank;
+        byName[i]->nameRank = rank;
+    }
 }
 
 /* Orders functions by the keys of one sort order. */

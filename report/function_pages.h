@@ -32,6 +32,10 @@ std::string functionListBase(const char *path, bool covered, int number);
  * cannot sort ends the run (1). */
 void sortFunctions(func **functions, int count, SortType order);
 
+/* Ranks the names of functions[0..count-1] (nameRank) for the sorts of one
+ * table that follow: they then compare ranks, with the same results. */
+void rankFunctionNames(func **functions, int count);
+
 /* Writes a display name: "<", ">", '"' and "'" as entities (htmlEntity),
  * an "@" with the decimal digits after it left out. */
 void writeFunctionName(FILE *page, const char *name);

@@ -67,6 +67,7 @@ static bool writeListing(const ModulePages &module, const char *ext, ListingWork
 static bool writeLists(bool covered, const char *path, const char *ext, func **functions, int count)
 {
     const SortType *orders = covered ? COVERED_ORDERS : (compWithRef ? UNCOVERED_ORDERS_REFERENCE : UNCOVERED_ORDERS);
+    rankFunctionNames(functions, count);
     for (int i = 0; i < 4; ++i) {
         if (!bOutputFunctionCoverageFor(covered, orders[i], path, ext, functions, count))
             return false;

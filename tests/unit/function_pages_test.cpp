@@ -26,7 +26,7 @@ struct Functions {
     void Add(const std::string &name, uint32_t line, uint32_t blocks, uint32_t covered)
     {
         names.push_back(name);
-        records.push_back(func{nullptr, nullptr, line, blocks, covered, blocks ? 100.0 * covered / blocks : 0.0});
+        records.push_back(func{nullptr, nullptr, line, blocks, covered, blocks ? 100.0 * covered / blocks : 0.0, 0});
     }
     func **Table()
     {
@@ -98,6 +98,8 @@ TEST(FunctionPages, BothSortsOrderEveryKeyBothWays)
             f.Add(name, 100 + scrambled, 1 + scrambled % 4, scrambled % 3 == 0 ? 1 : 0);
         }
         for (SortType order : {1, -1, 2, -2, 3, -3}) {
+            for (func &record : f.records)
+                record.nameRank = 0;
             func **table = f.Table();
             sortFunctions(table, count, order);
             int key = order < 0 ? -order : order;
@@ -105,6 +107,13 @@ TEST(FunctionPages, BothSortsOrderEveryKeyBothWays)
                 auto a = Keys(table[i], key), b = Keys(table[i + 1], key);
                 EXPECT_TRUE(order > 0 ? a < b : a > b) << "count " << count << " order " << order << " at " << i;
             }
+            // With the names ranked first (as a module's pages do), the same
+            // records in the same places.
+            std::vector<func *> byStrings(table, table + count);
+            table = f.Table();
+            rankFunctionNames(table, count);
+            sortFunctions(table, count, order);
+            EXPECT_EQ(byStrings, std::vector<func *>(table, table + count)) << "count " << count << " order " << order;
         }
     }
 }
