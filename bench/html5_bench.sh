@@ -18,14 +18,11 @@ LINES=${4:-18}
 
 for round in $(seq "$ROUNDS"); do
     echo "-- round $round"
-    rm -rf view
-    sync
+    fresh view
     measure "vemcov -nohtml -html5 view" "$VEMCOV" -nopmeter -nohtml -html5 view
-    rm -rf CodeCoverage CODE_COVERAGE.HTML
-    sync
+    fresh CodeCoverage CODE_COVERAGE.HTML
     measure "vemcov (documented report)" "$VEMCOV" -nopmeter
-    rm -rf floor-copy
-    sync
+    fresh floor-copy
     floor src view floor-copy
 done
 echo "== view: $(find view -type f | wc -l) files, $(du -sm view | cut -f1) MB"

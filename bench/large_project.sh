@@ -25,6 +25,18 @@ cd "$DIR"
 ROUNDS=${ROUNDS:-5}
 : > results.txt
 
+# fresh <path...>: removes what a run is about to write, writes everything
+# out and waits SETTLE seconds (30 unless set). The file system avoids
+# reusing inodes freed in the last half minute or so, so creating thousands
+# of files right after deleting as many costs far more, and by chance; after
+# the wait every run creates its files under the same conditions.
+SETTLE=${SETTLE:-30}
+fresh() {
+    rm -rf "$@"
+    sync
+    sleep "$SETTLE"
+}
+
 # measure <label> <command...>: one timed run, its output discarded.
 measure() {
     label=$1

@@ -26,17 +26,14 @@ for round in $(seq "$ROUNDS"); do
     measure "vemcov -nohtml" "$VEMCOV" -nopmeter -nohtml
     if [ -n "$BASELINE" ]; then
         measure "baseline -nohtml" "$BASELINE" -nopmeter -nohtml
-        rm -rf CodeCoverage CODE_COVERAGE.HTML
-        sync
+        fresh CodeCoverage CODE_COVERAGE.HTML
         measure "baseline (documented report)" "$BASELINE" -nopmeter
     fi
-    rm -rf CodeCoverage CODE_COVERAGE.HTML
-    sync
+    fresh CodeCoverage CODE_COVERAGE.HTML
     measure "vemcov (documented report)" "$VEMCOV" -nopmeter
     mkdir -p floor-report
-    rm -rf floor-copy
     cp CODE_COVERAGE.HTML floor-report/ && rm -rf floor-report/CodeCoverage && cp -r CodeCoverage floor-report/
-    sync
+    fresh floor-copy
     floor src floor-report floor-copy
     # The same report into memory (tmpfs), where no disk is written: the
     # processor's share alone. The disk's interrupts are charged partly to
@@ -44,6 +41,7 @@ for round in $(seq "$ROUNDS"); do
     # with the disk's load.
     if [ -d /dev/shm ]; then
         rm -rf /dev/shm/vemcov-bench-report
+        sync
         measure "vemcov (documented report, tmpfs)" "$VEMCOV" -nopmeter -outdir /dev/shm/vemcov-bench-report
         rm -rf /dev/shm/vemcov-bench-report
     fi
