@@ -26,7 +26,6 @@ public:
     void raw(const char *markup) { out_.put(markup); }
     void raw(const std::string &markup) { out_.put(markup); }
     void raw(char c) { out_.put(c); }
-    void raw(const char *markup, size_t length) { out_.put(markup, length); }
     /* A line's number, in one fixed-size move. */
     void lineNumber(const LineDigits &digits) { out_.putPadded(digits.first, digits.length()); }
     /* Markup whose length is known when compiling. */

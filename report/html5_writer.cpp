@@ -80,6 +80,18 @@ void writeCell(Html5Page &page, uint64_t value, const char *cls = nullptr)
     page.raw("</td>");
 }
 
+/* A directory's total, covered and percentage cells for one figure. */
+void writeGroupSums(Html5Page &page, uint64_t total, uint64_t covered)
+{
+    page.raw("<th class=\"wide\">");
+    page.number(total);
+    page.raw("</th><th class=\"wide\">");
+    page.number(covered);
+    page.raw("</th><th class=\"pct\">");
+    page.percent(roundHalfUp2(coveragePercent(covered, total)));
+    page.raw("%</th>");
+}
+
 void writePercentCell(Html5Page &page, double percent, const char *label)
 {
     double rounded = roundHalfUp2(percent);
@@ -287,19 +299,10 @@ void Html5Writer::endRun(const RunReport &run)
             const Sums &s = groups[group];
             page.raw("<tbody><tr class=\"dir\"><th scope=\"rowgroup\">");
             page.text(group.empty() ? std::string("./") : group);
-            page.raw("</th><th class=\"wide\">");
-            page.number(s.functions);
-            page.raw("</th><th class=\"wide\">");
-            page.number(s.functionsCovered);
-            page.raw("</th><th class=\"pct\">");
-            page.percent(roundHalfUp2(coveragePercent(s.functionsCovered, s.functions)));
-            page.raw("%</th><th class=\"wide\">");
-            page.number(s.blocks);
-            page.raw("</th><th class=\"wide\">");
-            page.number(s.blocksCovered);
-            page.raw("</th><th class=\"pct\">");
-            page.percent(roundHalfUp2(coveragePercent(s.blocksCovered, s.blocks)));
-            page.raw("%</th></tr>\n");
+            page.raw("</th>");
+            writeGroupSums(page, s.functions, s.functionsCovered);
+            writeGroupSums(page, s.blocks, s.blocksCovered);
+            page.raw("</tr>\n");
         }
         page.raw("<tr class=\"row\" data-p=\"");
         page.text(row.shown);

@@ -380,12 +380,6 @@ const char *vemtra_Lookup_Key_Scratch(const char *file_name, const char *functio
     });
 }
 
-char *vemtra_Lookup_Key(const char *file_name, const char *function_name)
-{
-    return vemtra_Make_Key(file_name, function_name,
-                           [](size_t size) { return static_cast<char *>(VEMTRA_Malloc(size)); });
-}
-
 /* Keys of at least this many bytes are shared between the entries that
  * name the same pair. */
 static const size_t SHARED_KEY_LENGTH = 256;

@@ -46,12 +46,9 @@ void VEMTRA_Read_Dpi_Header(VEMTRA_INPUT_FILE *input_file);
 int VEMTRA_Read_Dpi_Segment_List(VEMTRA_INPUT_FILE *input_file);
 
 /* The directory key of a function: "<file>'<function>'", the file reduced
- * to its simplified base name when source directory names are ignored. A
- * fresh allocation. */
-char *vemtra_Lookup_Key(const char *file_name, const char *function_name);
-
-/* The same key in a buffer that the next call reuses: a fetch per function
- * makes no allocation of its own. */
+ * to its simplified base name when source directory names are ignored; in a
+ * buffer that the next call reuses, so a fetch per function makes no
+ * allocation of its own. */
 const char *vemtra_Lookup_Key_Scratch(const char *file_name, const char *function_name);
 
 /* Releases the process-wide address tables, closes the stream and frees the
