@@ -18,12 +18,10 @@ LINES=${4:-18}
 
 for round in $(seq "$ROUNDS"); do
     echo "-- round $round"
-    fresh view
-    measure "vemcov -nohtml -html5 view" "$VEMCOV" -nopmeter -nohtml -html5 view
-    fresh CodeCoverage CODE_COVERAGE.HTML
-    measure "vemcov (documented report)" "$VEMCOV" -nopmeter
-    fresh floor-copy
-    floor src view floor-copy
+    measure "vemcov -nohtml -html5 view" "$VEMCOV" -nopmeter -nohtml -html5 "$(place view)"
+    measure "vemcov (documented report)" "$VEMCOV" -nopmeter -outdir "$(place report)"
+    floor src "$(place view)" "$(place floor)"
 done
-echo "== view: $(find view -type f | wc -l) files, $(du -sm view | cut -f1) MB"
+echo "== view: $(find "$(place view)" -type f | wc -l) files, $(du -sm "$(place view)" | cut -f1) MB"
 summarize
+finish

@@ -19,7 +19,12 @@ cmake --build build -j2 --target vemcov generate_project create_files >/dev/null
 VEMCOV=$PWD/build/vemcov
 CREATE=$PWD/build/bench/create_files
 
-rm -rf "$DIR"
+# Nothing is deleted while the runs are timed (see bench/large_project.sh:
+# the file system here steps over recently freed inodes when it creates
+# files): the previous work directory is set aside and deleted at the end.
+if [ -e "$DIR" ]; then
+    mv "$DIR" "$DIR.old.$$"
+fi
 build/bench/generate_project "$DIR" 2000 60 18
 cat "$DIR"/src/*.c >/dev/null
 cd "$DIR"
@@ -27,12 +32,16 @@ mkdir out
 sync
 for round in 1 2 3; do
     for jobs in 1 2; do
+        sync
         /usr/bin/time -f '%e %U %S' -o time.txt "$VEMCOV" -nopmeter -j "$jobs" -outdir "out/r$round-j$jobs" >/dev/null 2>&1
         read -r wall user sys < time.txt
         printf 'vemcov -j %d   wall %6.2f s  user %5.2f s  system %5.2f s\n' "$jobs" "$wall" "$user" "$sys"
     done
     for threads in 1 2; do
         mkdir "out/c$round-$threads"
+        sync
         "$CREATE" "$threads" "out/c$round-$threads" 20000 16000
     done
 done
+cd /
+rm -rf "$DIR/out" "$DIR".old.*

@@ -1,9 +1,22 @@
 # large_project.sh -- sourced by the benchmarks of the full report on the
 # 2.65-million-line project: builds vemcov and the benchmark tools, writes
 # the project into $DIR, reads its sources once (so the first timed run
-# does not pay for a cold page cache), moves into $DIR and defines measure.
+# does not pay for a cold page cache), moves into $DIR and defines measure,
+# floor, place, summarize and finish.
 #
 # Expects DIR, FILES, FUNCS and LINES; sets VEMCOV and FLOOR.
+#
+# Nothing is deleted on the disk while the runs are timed. The file system
+# here (ext4 without a journal) does not reuse an inode freed in the last
+# minute, or in the last six while the block of the inode table that holds
+# it is unwritten: each file created in a block group that holds such
+# inodes first steps over all of them, so creating 20,000 files soon after
+# deleting as many costs two to three times as much, and by chance. So
+# every run that creates files writes into a new directory (place), the
+# previous work directory is set aside rather than deleted, and both are
+# deleted by finish, after the last run. Start a benchmark six minutes or
+# more after deleting many files near the work directory (the last
+# benchmark's finish), or its file-creating runs pay for those inodes.
 if [ ! -x /usr/bin/time ]; then
     echo "$0: /usr/bin/time is missing (apt-get install time)" >&2
     exit 1
@@ -13,7 +26,9 @@ cmake --build build -j2 --target vemcov generate_project write_floor >/dev/null
 VEMCOV=$PWD/build/vemcov
 FLOOR=$PWD/build/bench/write_floor
 
-rm -rf "$DIR"
+if [ -e "$DIR" ]; then
+    mv "$DIR" "$DIR.old.$$"
+fi
 build/bench/generate_project "$DIR" "$FILES" "$FUNCS" "$LINES"
 echo "== project: $FILES files, $((FILES * FUNCS)) functions, $(cat "$DIR"/src/*.c | wc -l) source lines"
 cat "$DIR"/src/*.c >/dev/null
@@ -25,22 +40,28 @@ cd "$DIR"
 ROUNDS=${ROUNDS:-5}
 : > results.txt
 
-# fresh <path...>: removes what a run is about to write, writes everything
-# out and waits SETTLE seconds (30 unless set). The file system avoids
-# reusing inodes freed in the last half minute or so, so creating thousands
-# of files right after deleting as many costs far more, and by chance; after
-# the wait every run creates its files under the same conditions.
-SETTLE=${SETTLE:-30}
-fresh() {
-    rm -rf "$@"
-    sync
-    sleep "$SETTLE"
+mkdir runs
+sync
+
+# place <name>: a directory for one run to create its files in, new in
+# every round (below runs/, not there yet).
+place() {
+    echo "$DIR/runs/$1-$round"
+}
+
+# finish: deletes every run's files and the previous work directory.
+finish() {
+    cd /
+    rm -rf "$DIR/runs" "$DIR".old.*
 }
 
 # measure <label> <command...>: one timed run, its output discarded.
 measure() {
     label=$1
     shift
+    # What earlier runs left for the disk is written out first, not during
+    # this one.
+    sync
     /usr/bin/time -f '%e %U %S %M' -o time.txt "$@" >/dev/null 2>&1
     read -r wall user sys rss < time.txt
     printf '%-34s wall %6.2f s  user %5.2f s  system %5.2f s  peak memory %6d KiB\n' "$label" "$wall" "$user" "$sys" "$rss"
@@ -50,6 +71,7 @@ measure() {
 # floor <source dir> <report dir> <scratch dir>: the floor's run, its line
 # printed and kept with the others.
 floor() {
+    sync
     line=$("$FLOOR" "$@")
     echo "$line"
     echo "$line" | awk '{ printf "%s|%s|%s|%s|0\n", "read sources + write same report", $8, $11, $14 }' >> results.txt

@@ -26,15 +26,10 @@ for round in $(seq "$ROUNDS"); do
     measure "vemcov -nohtml" "$VEMCOV" -nopmeter -nohtml
     if [ -n "$BASELINE" ]; then
         measure "baseline -nohtml" "$BASELINE" -nopmeter -nohtml
-        fresh CodeCoverage CODE_COVERAGE.HTML
-        measure "baseline (documented report)" "$BASELINE" -nopmeter
+        measure "baseline (documented report)" "$BASELINE" -nopmeter -outdir "$(place baseline)"
     fi
-    fresh CodeCoverage CODE_COVERAGE.HTML
-    measure "vemcov (documented report)" "$VEMCOV" -nopmeter
-    mkdir -p floor-report
-    cp CODE_COVERAGE.HTML floor-report/ && rm -rf floor-report/CodeCoverage && cp -r CodeCoverage floor-report/
-    fresh floor-copy
-    floor src floor-report floor-copy
+    measure "vemcov (documented report)" "$VEMCOV" -nopmeter -outdir "$(place report)"
+    floor src "$(place report)" "$(place floor)"
     # The same report into memory (tmpfs), where no disk is written: the
     # processor's share alone. The disk's interrupts are charged partly to
     # whatever process runs when they come, so user time on the disk varies
@@ -47,5 +42,6 @@ for round in $(seq "$ROUNDS"); do
     fi
 done
 summarize
+finish
 echo "== goals: documented report user <= 0.40 s and wall <= 1.15 x the floor's wall;"
 echo "   -nohtml user <= 0.20 s; peak memory <= 64 MiB (65536 KiB)"
