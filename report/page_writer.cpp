@@ -1,7 +1,11 @@
 /* page_writer.cpp -- the page buffer and its number texts. */
 #include "report/page_writer.h"
 
+#include <cerrno>
 #include <cmath>
+#include <cstdarg>
+#include <string>
+#include <unistd.h>
 
 void PageWriter::putEscapedLong(const char *text, size_t length, const EscapeSet &escapes)
 {
@@ -16,8 +20,49 @@ void PageWriter::putEscapedLong(const char *text, size_t length, const EscapeSet
 void PageWriter::flush()
 {
     if (used_ != 0)
-        fwrite(buffer_.get(), 1, used_, stream_);
+        writeOut(buffer_.get(), used_);
     used_ = 0;
+}
+
+void PageWriter::writeOut(const char *bytes, size_t length)
+{
+    /* Straight to the file, past the stream's small buffer, which would cut
+     * the bytes into its own pieces; what the stream holds goes first. */
+    int file = fileno(stream_);
+    if (file >= 0 && fflush(stream_) == 0) {
+        while (length > 0) {
+            ssize_t written = write(file, bytes, length);
+            if (written < 0 && errno == EINTR)
+                continue;
+            if (written <= 0)
+                break;
+            bytes += written;
+            length -= static_cast<size_t>(written);
+        }
+    }
+    /* What could not be written goes through the stream, which then fails
+     * alike and keeps the failure and its cause for the check when the
+     * file is closed (a stream without a file, in memory, takes it all). */
+    if (length > 0)
+        fwrite(bytes, 1, length, stream_);
+}
+
+void PageWriter::putFormatted(const char *format, ...)
+{
+    va_list args, again;
+    va_start(args, format);
+    va_copy(again, args);
+    char *out = room(ROOM_MOST);
+    int length = vsnprintf(out, ROOM_MOST, format, args);
+    if (length >= 0 && static_cast<size_t>(length) < ROOM_MOST) {
+        commit(out + length);
+    } else if (length > 0) {
+        std::string text(static_cast<size_t>(length) + 1, '\0');
+        vsnprintf(&text[0], text.size(), format, again);
+        put(text.data(), static_cast<size_t>(length));
+    }
+    va_end(again);
+    va_end(args);
 }
 
 void PageWriter::putPercent6(double percent)

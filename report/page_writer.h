@@ -37,7 +37,7 @@ public:
         if (length > CAPACITY - used_) {
             flush();
             if (length >= CAPACITY) {
-                fwrite(text, 1, length, stream_);
+                writeOut(text, length);
                 return;
             }
         }
@@ -108,22 +108,29 @@ public:
         commit(out + (end - at));
     }
 
+    /* What printf would print; for the few texts of a page's head, not
+     * for its rows. */
+    void putFormatted(const char *format, ...) __attribute__((format(printf, 2, 3)));
+
     /* "%6.2f" of a percentage already rounded to two decimals (0 to 100,
      * as roundHalfUp2 gives it). */
     void putPercent6(double percent);
     /* "%*.2f" of such a percentage, padded to `width` ("%.2f" with 0). */
     void putPercent(double percent, int width);
 
-    /* Hands everything written so far to the stream. */
+    /* Hands everything written so far to the file, after what was written
+     * to the stream itself: one write for all of it. */
     void flush();
 
 private:
     static const size_t MOST_DIGITS = 20;
     void putEscapedLong(const char *text, size_t length, const EscapeSet &escapes);
+    void writeOut(const char *bytes, size_t length);
 
-    /* Below the size that malloc serves with a mapping of its own, so that
-     * a page writer per page costs no system call. */
-    static const size_t CAPACITY = 1 << 16;
+    /* Larger than nearly every page, so that a page reaches its file in one
+     * write, which also lets the kernel keep it in large pages of its cache
+     * (a page written in small pieces is cached in 4 KiB ones). */
+    static const size_t CAPACITY = 1 << 18;
     FILE *stream_;
     std::unique_ptr<char[]> buffer_;
     size_t used_ = 0;

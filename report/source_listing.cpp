@@ -156,19 +156,19 @@ static void putLineOpening(PageWriter &page, const LineDigits &digits, uint32_t 
 
 /* WriteSrcFileHeader: the page head, titled with the part of the path
  * after its last "/". */
-static void WriteSrcFileHeader(FILE *page, const ListingSource &file, bool reference)
+static void WriteSrcFileHeader(PageWriter &page, const ListingSource &file, bool reference)
 {
     const char *name = pathBaseName(file.path);
-    fputs(HEAD_START, page);
+    page.putLiteral(HEAD_START);
     const HtmlValue shownName(name);
-    fprintf(page, HEAD_TITLE, shownName.c_str());
-    fputs(HEAD_BODY, page);
-    fputs(HEADING_INDENT, page);
-    fprintf(page, HEADING_NAME, shownName.c_str());
-    fprintf(page, HEADING_PERCENTS, reference ? "miss rate" : "coverage", roundHalfUp2(file.funcPercent),
-            roundHalfUp2(file.blockPercent));
-    fprintf(page, HEAD_RULE, 1);
-    fputs(PRE_START, page);
+    page.putFormatted(HEAD_TITLE, shownName.c_str());
+    page.putLiteral(HEAD_BODY);
+    page.putLiteral(HEADING_INDENT);
+    page.putFormatted(HEADING_NAME, shownName.c_str());
+    page.putFormatted(HEADING_PERCENTS, reference ? "miss rate" : "coverage", roundHalfUp2(file.funcPercent),
+                      roundHalfUp2(file.blockPercent));
+    page.putFormatted(HEAD_RULE, 1);
+    page.putLiteral(PRE_START);
 }
 
 /* WriteSrcFileFooter. */
@@ -226,9 +226,11 @@ static const block_list_node *positionAt(const std::vector<const block_list_node
 bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, const ListingOptions &options,
                         MarkerLine *marker, std::vector<char> &readBuffer)
 {
-    WriteSrcFileHeader(page, file, options.reference);
-
+    /* The head goes through the page writer too, so that a page comes out
+     * in one piece. */
     PageWriter out(page);
+    WriteSrcFileHeader(out, file, options.reference);
+
     SourceLineReader reader(source, readBuffer);
     int currentClass = options.reference ? COLOR_COVERED : COLOR_UNKNOWN;
     const COMP *function = file.functionsByLine;

@@ -1,6 +1,7 @@
 // The page writer's number texts against the printf formats whose bytes
 // they must reproduce, over every percentage a page can show and the edges
 // of the integer forms; and pieces reaching the stream in order.
+#include <cerrno>
 #include <cinttypes>
 #include <cstdio>
 #include <random>
@@ -135,4 +136,48 @@ TEST(PageWriter, EscapingTextThatEndsAtAnInaccessiblePage)
         EXPECT_EQ("&lt;" + std::string(length - 1, 'a'), out.text());
     }
     munmap(pages, 2 * pageSize);
+}
+
+// A page writer hands its bytes to the file itself: what was written to
+// the stream before a flush comes first, what is written after it follows,
+// and a write the file refuses leaves the stream in error with the cause,
+// for the check when it is closed.
+TEST(PageWriter, FileBytesInOrderWithTheStreamAndFailuresKept)
+{
+    FILE *file = tmpfile();
+    ASSERT_NE(nullptr, file);
+    fputs("stream-before ", file);
+    {
+        PageWriter page(file);
+        page.putFormatted("%s %6.2f %d|", "formatted", 12.5, -3);
+        page.putFormatted("%s", std::string(PageWriter::ROOM_MOST + 10, 'w').c_str());  // longer than the room
+        page.flush();
+        fputs(" stream-between ", file);
+        page.put(std::string(300000, 'x'));  // longer than the buffer
+        page.put(" writer-after");
+    }
+    fputs(" stream-last", file);
+    ASSERT_EQ(0, fflush(file));
+    rewind(file);
+    std::string read;
+    for (int c; (c = fgetc(file)) != EOF;)
+        read += static_cast<char>(c);
+    fclose(file);
+    EXPECT_EQ("stream-before formatted  12.50 -3|" + std::string(PageWriter::ROOM_MOST + 10, 'w') +
+                  " stream-between " + std::string(300000, 'x') + " writer-after stream-last",
+              read);
+
+    if (access("/dev/full", W_OK) != 0)
+        GTEST_SKIP() << "no /dev/full";
+    FILE *full = fopen("/dev/full", "w");
+    ASSERT_NE(nullptr, full);
+    {
+        PageWriter page(full);
+        page.put("refused");
+    }
+    errno = 0;
+    EXPECT_NE(0, fflush(full));  // as the check at the close does
+    EXPECT_EQ(ENOSPC, errno);
+    EXPECT_TRUE(ferror(full));
+    fclose(full);
 }
