@@ -5,8 +5,7 @@
 //
 // The report's bytes are loaded into memory first (not timed), and then the
 // start is made like a measured run's (bench/large_project.sh, settle):
-// dirty pages written out, the kernel's cache of file pages emptied where
-// this user may, the sources read once. Then, timed, every file below
+// dirty pages written out, the sources read once. Then, timed, every file below
 // <source dir> is read whole and every file of <report dir> is created
 // below <scratch dir> (same relative paths) and written in one call.
 // Prints wall, user and system time of the timed part.
@@ -91,10 +90,6 @@ int main(int argc, char **argv)
     }
 
     sync();
-    if (FILE *caches = fopen("/proc/sys/vm/drop_caches", "w")) {
-        fputs("1\n", caches);
-        fclose(caches);
-    }
     for (const std::string &file : sourceFiles)
         readWhole(sources + "/" + file);
 
