@@ -50,10 +50,14 @@ place() {
     echo "$DIR/runs/$1-$round"
 }
 
-# finish: deletes every run's files and the previous work directory.
+# finish: deletes every run's files and the previous work directory, unless
+# KEEP=1 (for benchmarks run one after another: the next one would pay for
+# the deleted inodes; delete the work directories after the last).
 finish() {
     cd /
-    rm -rf "$DIR/runs" "$DIR".old.*
+    if [ "${KEEP:-0}" != 1 ]; then
+        rm -rf "$DIR/runs" "$DIR".old.*
+    fi
 }
 
 # settle: writes out what earlier runs left for the disk, so that the run
