@@ -308,6 +308,47 @@ void writeLegend(Html5Page &page, bool reference)
              "<kbd>t</kbd> theme.</p>\n");
 }
 
+/* Copies `text` of compile-time length to `out`; where it ends. */
+template <size_t N>
+char *copied(char *out, const char (&text)[N])
+{
+    memcpy(out, text, N - 1);
+    return out + N - 1;
+}
+
+/* A row up to its text cell, in one reservation: the line's number three
+ * times (anchor, link, text), the row's class, the glyph and the count.
+ * Rows are the bulk of the view, so they are written in HTML's short form:
+ * unquoted plain attributes, no optional end tags. */
+void writeRowOpening(Html5Page &page, const LineDigits &number, const char *rowClass, int status, bool counted,
+                     uint64_t hits)
+{
+    static const size_t MOST = 160;
+    const size_t digits = number.length();
+    char *out = copied(page.room(MOST), "<tr id=L");
+    memcpy(out, number.first, LineDigits::END);
+    out += digits;
+    if (rowClass != nullptr) {
+        memcpy(out, rowClass, 8);
+        out += 8;
+    }
+    out = copied(out, "><td><a href=#L");
+    memcpy(out, number.first, LineDigits::END);
+    out += digits;
+    *out++ = '>';
+    memcpy(out, number.first, LineDigits::END);
+    out = copied(out + digits, "</a><td>");
+    if (status != 0) {
+        size_t glyph = strlen(GLYPH_TEXT[status]);
+        memcpy(out, GLYPH_TEXT[status], glyph);
+        out += glyph;
+    }
+    out = copied(out, "<td>");
+    if (counted)
+        out = PageWriter::digitsInto(out, hits);
+    page.commit(copied(out, "<td>"));
+}
+
 /* The source rows, painted. */
 void writeSource(Html5Page &page, const ModuleReport &module, const std::string &bytes, bool reference)
 {
@@ -364,26 +405,9 @@ void writeSource(Html5Page &page, const ModuleReport &module, const std::string 
 
         bool excluded = isInfeasibleLine(module, line);
         int status = excluded ? COLOR_INFEASIBLE : lineStatus(classes);
-        /* The rows are the bulk of the view, so they are written in HTML's
-         * short form: unquoted plain attributes, no optional end tags. */
         number.next();
-        page.literal("<tr id=L");
-        page.lineNumber(number);
-        if (excluded)
-            page.literal(" class=x");
-        else if (uncovered)
-            page.literal(" class=u");
-        page.literal("><td><a href=#L");
-        page.lineNumber(number);
-        page.raw('>');
-        page.lineNumber(number);
-        page.literal("</a><td>");
-        if (status != 0)
-            page.raw(GLYPH_TEXT[status]);
-        page.literal("<td>");
-        if (!classes.empty())
-            page.number(hits);
-        page.literal("<td>");
+        writeRowOpening(page, number, excluded ? " class=x" : uncovered ? " class=u" : nullptr, status,
+                        !classes.empty(), hits);
 
         uint32_t column = 1;
         auto emit = [&](uint32_t upTo, const PositionReport *titled) {

@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <string>
 
-#include "report/line_digits.h"
 #include "report/page_writer.h"
 
 class Html5Page {
@@ -26,8 +25,6 @@ public:
     void raw(const char *markup) { out_.put(markup); }
     void raw(const std::string &markup) { out_.put(markup); }
     void raw(char c) { out_.put(c); }
-    /* A line's number, in one fixed-size move. */
-    void lineNumber(const LineDigits &digits) { out_.putPadded(digits.first, digits.length()); }
     /* Markup whose length is known when compiling. */
     template <size_t N>
     void literal(const char (&markup)[N])
@@ -43,6 +40,10 @@ public:
     void content(const char *value, size_t length) { out_.putEscaped(value, length, CONTENT_ESCAPES); }
 
     void number(uint64_t value) { out_.putUnsigned(value); }
+    /* Room for `length` bytes of markup written in place (at most the page
+     * writer's ROOM_MOST), then where they end. */
+    char *room(size_t length) { return out_.room(length); }
+    void commit(const char *end) { out_.commit(end); }
     /* A percentage already rounded to two decimals, as "83.33". */
     void percent(double rounded) { out_.putPercent(rounded, 0); }
 

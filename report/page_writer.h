@@ -51,15 +51,6 @@ public:
         buffer_[used_++] = c;
     }
 
-    /* A short text (at most 16 bytes) from a place with 16 readable bytes,
-     * such as a LineDigits: copied in one fixed-size move. */
-    void putPadded(const char *text, size_t length)
-    {
-        char *out = room(16);
-        memcpy(out, text, 16);
-        commit(out + length);
-    }
-
     /* `text` with the bytes of `escapes` replaced. Plain bytes are checked
      * and copied sixteen at a time, straight into the buffer. */
     void putEscaped(const char *text, size_t length, const EscapeSet &escapes)
@@ -93,7 +84,11 @@ public:
             putUnsigned(static_cast<uint64_t>(value));
         }
     }
-    void putUnsigned(uint64_t value)
+    void putUnsigned(uint64_t value) { commit(digitsInto(room(MOST_DIGITS), value)); }
+    /* "%u" of the value at `out`, which has MOST_DIGITS bytes of room; where
+     * the digits end. */
+    static const size_t MOST_DIGITS = 20;
+    static char *digitsInto(char *out, uint64_t value)
     {
         /* The digits are made right-aligned in a buffer with room after
          * them, then moved in one fixed-size copy. */
@@ -103,9 +98,8 @@ public:
             *--at = static_cast<char>('0' + value % 10);
             value /= 10;
         } while (value != 0);
-        char *out = room(MOST_DIGITS);
         memcpy(out, at, MOST_DIGITS);
-        commit(out + (end - at));
+        return out + (end - at);
     }
 
     /* What printf would print; for the few texts of a page's head, not
@@ -123,7 +117,6 @@ public:
     void flush();
 
 private:
-    static const size_t MOST_DIGITS = 20;
     void putEscapedLong(const char *text, size_t length, const EscapeSet &escapes);
     void writeOut(const char *bytes, size_t length);
 
