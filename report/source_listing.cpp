@@ -185,7 +185,9 @@ static void copyText(PageWriter &page, const char *text, size_t length)
     /* A line feed can only end a line's text: it closes the anchor after
      * the rest is escaped. */
     static const EscapeSet escapes{{'"', "&quot;"}, {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}};
-    bool lineEnd = length > 0 && text[length - 1] == '\n';
+    if (length == 0)
+        return;
+    bool lineEnd = text[length - 1] == '\n';
     page.putEscaped(text, length - lineEnd, escapes);
     if (lineEnd)
         page.putLiteral(LINE_END);
@@ -272,25 +274,26 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
          *    colour differs from the one in force. Only a feasible line
          *    with positions can have markers. */
         bool markers = options.counts && !infeasible && !positions.empty();
-        size_t copied = 0;
+        /* The text goes out in pieces from one position to the next (a
+         * position's character begins the piece after its colour change);
+         * the marker line has a '^' under each position. */
+        size_t copied = 0, marked = 0;
         for (const block_list_node *node : positions) {
             size_t at = node->column - 1;
             if (at >= length)
                 break;
             copyText(out, text + copied, at - copied);
-            if (markers && !appendMarkers(marker, text + copied, at - copied))
+            copied = at;
+            if (markers && (!appendMarkers(marker, text + marked, at - marked) || !markerLineAppend(marker, '^')))
                 return false;
+            marked = at + 1;
             int newClass = classifyNode(node, options.reference);
             if (!infeasible && strcmp(takeBGColor(newClass), takeBGColor(currentClass)) != 0)
                 changeColor(out, newClass, currentClass);
             currentClass = newClass;
-            copyText(out, text + at, 1);
-            if (markers && !markerLineAppend(marker, '^'))
-                return false;
-            copied = at + 1;
         }
         copyText(out, text + copied, length - copied);
-        if (markers && !appendMarkers(marker, text + copied, length - copied))
+        if (markers && !appendMarkers(marker, text + marked, length - marked))
             return false;
 
         /* 4. Below a finished line, its counters. */
