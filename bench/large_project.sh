@@ -25,7 +25,7 @@ cmake -S . -B build -G Ninja >/dev/null
 cmake --build build -j2 --target vemcov generate_project write_floor >/dev/null
 BUILD=$PWD/build
 VEMCOV=$BUILD/vemcov
-FLOOR=$PWD/build/bench/write_floor
+FLOOR=$BUILD/bench/write_floor
 
 if [ -e "$DIR" ]; then
     mv "$DIR" "$DIR.old.$$"

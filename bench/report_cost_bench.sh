@@ -4,8 +4,9 @@
 # source lines; vemcov without HTML and with the full report, also with
 # -j 2 (user and system time, wall time, peak memory), and the time it
 # takes merely to read every source and write a tree of the same files with
-# the same bytes (bench/write_floor). Each command runs ROUNDS times (5 unless set) and the
-# medians close the output, with the goals beside them; never checked.
+# the same bytes (bench/write_floor). Each command runs ROUNDS times (5
+# unless set) and the medians close the output, with the goals beside them;
+# never checked.
 #
 #   sh bench/report_cost_bench.sh [work dir] [files] [functions per file] [lines per function] [baseline vemcov]
 #
@@ -39,7 +40,6 @@ for round in $(seq "$ROUNDS"); do
     # with the disk's load.
     if [ -d /dev/shm ]; then
         rm -rf /dev/shm/vemcov-bench-report
-        sync
         measure "vemcov (documented report, tmpfs)" "$VEMCOV" -nopmeter -outdir /dev/shm/vemcov-bench-report
         rm -rf /dev/shm/vemcov-bench-report
     fi
