@@ -74,6 +74,6 @@ bool bCreateFileFrameset(const char *path, const char *ext, bool hasCovered, boo
         return false;
     }
     writeFileFrameset(page, path, ext, hasCovered, hasUncovered);
-    checked_close_output(page, name.c_str());
+    checked_close_rewritten(page, name.c_str());
     return true;
 }

@@ -184,7 +184,7 @@ bool bCreateCov(bool covered, SortType order, const char *name, const char *ext,
     fputs("</ol>\n", page);
     writePageFoot(page, g_lpszMailAddr, g_lpszMailName);
     fputs("\n", page);
-    checked_close_output(page, pageName.c_str());
+    checked_close_rewritten(page, pageName.c_str());
     return true;
 }
 

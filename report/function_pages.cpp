@@ -317,6 +317,6 @@ bool bOutputFunctionCoverageFor(bool covered, SortType order, const char *path, 
     options.dbProject = g_lpszDBProjName;
     options.viewerPage = g_lpszFuncLinkName != nullptr ? g_lpszFuncLinkName : "";
     writeFunctionList(page, covered, order, path, ext, functions, count, options);
-    checked_close_output(page, name.c_str());
+    checked_close_rewritten(page, name.c_str());
     return true;
 }

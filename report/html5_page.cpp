@@ -24,7 +24,7 @@ void Html5Page::text(const char *value)
 
 static FILE *createPage(const std::string &path)
 {
-    FILE *file = fopen(path.c_str(), "wb");
+    FILE *file = checked_open_rewritable(path.c_str());
     if (file == nullptr) {
         fprintf(stderr, "ERROR: cannot write %s: %s\n", path.c_str(), strerror(errno));
         vemtra_Process_Exit(1);
@@ -39,5 +39,5 @@ Html5Page::Html5Page(const std::string &path) : path_(path), file_(createPage(pa
 Html5Page::~Html5Page()
 {
     out_.flush();
-    checked_close_output(file_, path_.c_str());
+    checked_close_rewritten(file_, path_.c_str());
 }

@@ -13,7 +13,8 @@
 
 class Html5Page {
 public:
-    /* Creates `path`; a file that cannot be created ends the run with
+    /* Creates `path`, or writes over the file there (cut to its new length
+     * at the close); a file that cannot be opened ends the run with
      * "ERROR: cannot write %s: %s" and status 1. */
     explicit Html5Page(const std::string &path);
     /* Writes what is left and closes the file; a failed write ends the run

@@ -27,7 +27,7 @@ static void putImageByte(FILE *image, int index, unsigned char byte)
 static FILE *createImage(const char *name, const char *failureFormat)
 {
     std::string path = std::string(REPORT_DIR) + "/" + name;
-    FILE *image = openReportFile(path.c_str(), "wb");
+    FILE *image = openReportFile(path.c_str());
     if (image == nullptr) {
         fprintf(stderr, failureFormat, name);
         return nullptr;
@@ -39,7 +39,7 @@ static FILE *createImage(const char *name, const char *failureFormat)
 static void closeImage(FILE *image, const char *name)
 {
     std::string path = std::string(REPORT_DIR) + "/" + name;
-    checked_close_output(image, path.c_str());
+    checked_close_rewritten(image, path.c_str());
 }
 
 static bool writeImage(const char *name, const char *failureFormat,

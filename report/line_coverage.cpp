@@ -58,7 +58,7 @@ static bool writeListing(const ModulePages &module, const char *ext, ListingWork
     bool written = writeSourceListing(page, source, file, options, &marker, work->readBuffer);
 
     fclose(source);
-    checked_close_output(page, name.c_str());
+    checked_close_rewritten(page, name.c_str());
     markerLineFree(&marker);
     return written;
 }

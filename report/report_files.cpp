@@ -5,6 +5,8 @@
 #include <string>
 #include <sys/stat.h>
 
+#include "shared/vemtra/tallyfold/checked_io.h"
+
 /* "" for the current directory, else the directory and a "/". */
 static std::string reportRoot;
 
@@ -34,9 +36,13 @@ bool setReportRoot(const char *dir)
     return true;
 }
 
-FILE *openReportFile(const char *name, const char *mode)
+FILE *openReportFile(const char *name)
 {
-    return fopen((reportRoot + name).c_str(), mode);
+    /* Not emptied on opening: a run over an earlier report writes over the
+     * old bytes, which needs no new disk blocks or cache pages (on the
+     * 2.65-million-line report, a fifth to a quarter of the system time of
+     * writing new files). */
+    return checked_open_rewritable((reportRoot + name).c_str());
 }
 
 FILE *openPageFile(const char *name)
@@ -44,7 +50,7 @@ FILE *openPageFile(const char *name)
     /* As large as the buffer the stream would make for itself: the page
      * writer hands it larger pieces, which then go to the file directly. */
     static thread_local char buffer[1 << 12];
-    FILE *page = openReportFile(name, "w");
+    FILE *page = openReportFile(name);
     if (page != nullptr)
         setvbuf(page, buffer, _IOFBF, sizeof buffer);
     return page;

@@ -12,10 +12,11 @@
  * cannot be created. */
 bool setReportRoot(const char *dir);
 
-/* fopen of the report file `name` in the report's place. */
-FILE *openReportFile(const char *name, const char *mode);
+/* checked_open_rewritable of the report file `name` in the report's place:
+ * close it with checked_close_rewritten. */
+FILE *openReportFile(const char *name);
 
-/* openReportFile(name, "w") for a page written and closed before the same
+/* openReportFile(name) for a page written and closed before the same
  * thread opens the next one: the stream is given the thread's page buffer,
  * so that it needs no buffer of its own and no look at the file to size
  * one. */

@@ -145,7 +145,7 @@ bool bCreateSummary(const char *project, const char *rootName, const char *summa
 {
     const bool reference = compWithRef != 0;
     std::string name = getDirHTMLname(summaryName, ext);
-    FILE *page = openReportFile(name.c_str(), "w");
+    FILE *page = openReportFile(name.c_str());
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", summaryName);
         return false;
@@ -154,15 +154,15 @@ bool bCreateSummary(const char *project, const char *rootName, const char *summa
                             totalNumberOfProcs,  totalNumberOfProcsCovered,
                             totalNumberOfBlocks, totalNumberOfBlocksCovered};
     writeSummaryPage(page, project, totals, reference);
-    checked_close_output(page, name.c_str());
+    checked_close_rewritten(page, name.c_str());
 
     name = getHTMLname(rootName, ext);
-    page = openReportFile(name.c_str(), "w");
+    page = openReportFile(name.c_str());
     if (page == nullptr) {
         fprintf(stderr, "Unable to create root html file %s!\n", rootName);
         return false;
     }
     writeRootFrameset(page, project, summaryName, coveredName, uncoveredName, ext, reference);
-    checked_close_output(page, name.c_str());
+    checked_close_rewritten(page, name.c_str());
     return true;
 }

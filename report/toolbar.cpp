@@ -55,25 +55,25 @@ bool createToolBar(const char *ext)
 {
     /* The toolbar page is created first and filled last. */
     const std::string toolbarName = getDirHTMLname(TOOLBAR_PAGE, ext);
-    FILE *toolbar = openReportFile(toolbarName.c_str(), "w");
+    FILE *toolbar = openReportFile(toolbarName.c_str());
     if (toolbar == nullptr) {
         fprintf(stderr, "Unable to create ToolBar file!\n");
         return false;
     }
     if (!bWriteReportImages()) {
-        fclose(toolbar);
+        checked_close_unfinished(toolbar);
         return false;
     }
     const std::string helpName = getDirHTMLname(HELP_PAGE, ext);
-    FILE *help = openReportFile(helpName.c_str(), "w");
+    FILE *help = openReportFile(helpName.c_str());
     if (help == nullptr) {
         fprintf(stderr, "Unable to create On-Line Help!\n");
-        fclose(toolbar);
+        checked_close_unfinished(toolbar);
         return false;
     }
     writeHelpPage(help, Infeasible_markers_specified != 0);
-    checked_close_output(help, helpName.c_str());
+    checked_close_rewritten(help, helpName.c_str());
     writeToolBarPage(toolbar, ext);
-    checked_close_output(toolbar, toolbarName.c_str());
+    checked_close_rewritten(toolbar, toolbarName.c_str());
     return true;
 }

@@ -1,8 +1,11 @@
 // -j: the pages written on several threads are the same files, byte for
 // byte, as those written one after the other, and the run prints the same.
+// A run over an earlier report, whose files it writes over in place, leaves
+// the same files as a run in an empty directory.
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <string>
 #include <vector>
@@ -90,6 +93,38 @@ TEST(Jobs, FourThreadsWriteTheSameFilesAsOne)
             EXPECT_TRUE(file.second == other->second) << file.first << " differs";
         }
     }
+}
+
+// Every file of the earlier report is given a longer or a shorter text
+// first (an older report of a larger or smaller project); what is left of
+// it must not show in the new one.
+TEST(Jobs, ARunOverAnEarlierReportLeavesWhatARunInAnEmptyPlaceLeaves)
+{
+    Scenario scenario;
+    Project current, reference;
+    WriteProject(scenario, current, reference);
+    scenario.writeProfiles(current);
+    const std::vector<std::string> options = {"-counts", "-onelinedsbl", "NOT_FEASIBLE", "-outdir", "report",
+                                              "-html5", "view", "-lcov", "cov.info", "-j", "2"};
+    RunResult fresh, over;
+    std::map<std::string, std::string> expected = RunAndCollect(scenario, options, fresh);
+    ASSERT_EQ(0, fresh.status) << fresh.err;
+    ASSERT_GT(expected.size(), 50u);
+    int shorter = 0;
+    for (const auto &file : expected) {
+        std::string old = file.second + std::string(5000, 'x');
+        if (++shorter % 2 == 0)
+            old = file.second.substr(0, file.second.size() / 2);
+        std::ofstream stale(scenario.path(file.first), std::ios::binary);
+        ASSERT_TRUE(stale << old) << file.first;
+    }
+    std::map<std::string, std::string> written = RunAndCollect(scenario, options, over);
+    EXPECT_EQ(0, over.status) << over.err;
+    EXPECT_EQ(fresh.out, over.out);
+    EXPECT_EQ(fresh.err, over.err);
+    ASSERT_EQ(expected.size(), written.size());
+    for (const auto &file : expected)
+        EXPECT_TRUE(file.second == written[file.first]) << file.first << " differs";
 }
 
 // A page that cannot be written on a page thread ends the run with the

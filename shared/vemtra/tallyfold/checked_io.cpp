@@ -2,8 +2,11 @@
  * silently. */
 #include "shared/vemtra/tallyfold/checked_io.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <mutex>
+#include <vector>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -95,13 +98,17 @@ FILE *VEMTRA_Open_Regular_File(const char *path)
     return stream;
 }
 
-void checked_close_output(FILE *stream, const char *file_name)
+/* Closes `stream`; a failure of its writes, of the last flush, of the close
+ * or `earlier` (an errno value, or 0) ends the run with the message. */
+static void vemtra_Close_Output(FILE *stream, const char *file_name, int earlier)
 {
     /* A write that already failed left its cause in errno, unless a later
      * call replaced it; then the report can only say EIO. */
     int error = 0;
     if (ferror(stream))
         error = errno != 0 ? errno : EIO;
+    if (error == 0)
+        error = earlier;
     errno = 0;
     if (fflush(stream) != 0 && error == 0)
         error = errno != 0 ? errno : EIO;
@@ -111,6 +118,78 @@ void checked_close_output(FILE *stream, const char *file_name)
         return;
     fprintf(stderr, "ERROR: cannot write %s: %s\n", file_name != nullptr ? file_name : "", strerror(error));
     vemtra_Process_Exit(1);
+}
+
+void checked_close_output(FILE *stream, const char *file_name)
+{
+    vemtra_Close_Output(stream, file_name, 0);
+}
+
+/* The files opened by checked_open_rewritable and not yet closed. */
+static std::mutex rewritten_lock;
+static std::vector<FILE *> rewritten_files;
+
+/* Cuts the file of `stream` at the end of what has been written to it,
+ * when an older file's rest lies past that end; errno when it cannot. */
+static int vemtra_Cut_At_Written_End(FILE *stream)
+{
+    if (fflush(stream) != 0)
+        return 0; /* the stream keeps the failure for its close */
+    /* Everything is in the file now, so its end is where its position
+     * stands (a stream does not know of writes made to its file). */
+    int fd = fileno(stream);
+    off_t end = lseek(fd, 0, SEEK_CUR);
+    struct stat status;
+    if (end >= 0 && fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > end &&
+        ftruncate(fd, end) != 0)
+        return errno;
+    return 0;
+}
+
+FILE *checked_open_rewritable(const char *path)
+{
+    int fd = open(path, O_WRONLY | O_CREAT, 0666);
+    if (fd < 0)
+        return nullptr;
+    FILE *stream = fdopen(fd, "w");
+    if (stream == nullptr) {
+        int error = errno;
+        close(fd);
+        errno = error;
+        return nullptr;
+    }
+    std::lock_guard<std::mutex> hold(rewritten_lock);
+    rewritten_files.push_back(stream);
+    return stream;
+}
+
+static void vemtra_Forget_Rewritable(FILE *stream)
+{
+    std::lock_guard<std::mutex> hold(rewritten_lock);
+    auto at = std::find(rewritten_files.begin(), rewritten_files.end(), stream);
+    if (at != rewritten_files.end())
+        rewritten_files.erase(at);
+}
+
+void checked_close_rewritten(FILE *stream, const char *file_name)
+{
+    vemtra_Forget_Rewritable(stream);
+    int error = ferror(stream) ? 0 : vemtra_Cut_At_Written_End(stream);
+    vemtra_Close_Output(stream, file_name, error);
+}
+
+void checked_close_unfinished(FILE *stream)
+{
+    vemtra_Forget_Rewritable(stream);
+    vemtra_Cut_At_Written_End(stream);
+    fclose(stream);
+}
+
+void vemtra_Cut_Rewritten_Files(void)
+{
+    std::lock_guard<std::mutex> hold(rewritten_lock);
+    for (FILE *stream : rewritten_files)
+        vemtra_Cut_At_Written_End(stream);
 }
 
 int checked_fclose(FILE *stream)

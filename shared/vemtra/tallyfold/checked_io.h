@@ -32,6 +32,29 @@ FILE *VEMTRA_Open_Regular_File(const char *path);
  * ends the process with status 1: no output is lost without a word. */
 void checked_close_output(FILE *stream, const char *file_name);
 
+/* Opens `path` for writing ("w"), created when missing but not emptied:
+ * an existing file is written over from its start, which takes no new disk
+ * blocks and no new cache pages. Close it with checked_close_rewritten,
+ * which cuts off the old file's rest; a run that ends before that
+ * (vemtra_Process_Exit) cuts it too, so the file holds what was written, as
+ * a file emptied on opening would. Null, with errno set, when it cannot be
+ * opened. */
+FILE *checked_open_rewritable(const char *path);
+
+/* checked_close_output for a file of checked_open_rewritable: what lies
+ * past the end just written is cut off first (a failure to cut it is
+ * reported as a failed write). A file that is not a regular one (a FIFO, a
+ * device) is closed as it is. */
+void checked_close_rewritten(FILE *stream, const char *file_name);
+
+/* Closes a file of checked_open_rewritable that the run gives up on, cut
+ * at the end of what was written to it; failures are not reported. */
+void checked_close_unfinished(FILE *stream);
+
+/* Cuts every file of checked_open_rewritable not yet closed at the end of
+ * what has been written to it; called when the run ends early. */
+void vemtra_Cut_Rewritten_Files(void);
+
 /* Closes the stream (and its lock); returns what fclose returns. */
 int checked_fclose(FILE *stream);
 

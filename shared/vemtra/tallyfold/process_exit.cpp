@@ -7,10 +7,12 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "shared/vemtra/tallyfold/checked_io.h"
 #include "shared/vemtra/tallyfold/exit_threads.h"
 
 void vemtra_Process_Exit(int status)
 {
+    vemtra_Cut_Rewritten_Files();
     /* With page threads at work, exit() would destroy what they still use;
      * the streams are flushed and the process leaves at once, by the first
      * thread that ends it (a second one waits for that). */
