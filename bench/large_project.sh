@@ -81,12 +81,17 @@ measure() {
     printf '%s|%s|%s|%s|%s\n' "$label" "$wall" "$user" "$sys" "$rss" >> results.txt
 }
 
-# floor <source dir> <report dir> <scratch dir>: the floor's run, its line
-# printed and kept with the others.
+# floor <source dir> <report dir> <scratch dir> [label]: the floor's run,
+# its line printed and kept with the others. A scratch dir that an earlier
+# floor run of the round wrote is written over in place, as vemcov writes
+# over an earlier report.
 floor() {
     line=$("$FLOOR" "$@")
     echo "$line"
-    echo "$line" | awk '{ printf "%s|%s|%s|%s|0\n", "read sources + write same report", $8, $11, $14 }' >> results.txt
+    echo "$line" | awk '{
+        label = $0; sub(/ +wall .*/, "", label)
+        for (i = 1; i < NF; i++) { if ($i == "wall") w = $(i + 1); if ($i == "user") u = $(i + 1); if ($i == "system") s = $(i + 1) }
+        printf "%s|%s|%s|%s|0\n", label, w, u, s }' >> results.txt
 }
 
 # summarize: the median of every measure over the rounds.

@@ -1,14 +1,17 @@
 // write_floor.cpp -- the floor under the full report's cost: read every
-// source file once and create a tree of the same files with the same bytes.
+// source file once and write a tree of the same files with the same bytes.
 //
-//   write_floor <source dir> <report dir> <scratch dir>
+//   write_floor <source dir> <report dir> <scratch dir> [label]
 //
 // The report's bytes are loaded into memory first (not timed), and then the
 // start is made like a measured run's (bench/large_project.sh, settle):
 // dirty pages written out, the sources read once. Then, timed, every file below
-// <source dir> is read whole and every file of <report dir> is created
-// below <scratch dir> (same relative paths) and written in one call.
-// Prints wall, user and system time of the timed part.
+// <source dir> is read whole and every file of <report dir> is written
+// below <scratch dir> (same relative paths) in one call, as vemcov writes its
+// files: opened without being emptied and cut to the new length, so that a
+// new <scratch dir> is created and the scratch dir of an earlier call is
+// written over in place. Prints wall, user and system time of the timed
+// part after the label ("read sources + write same report" unless given).
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -74,11 +77,12 @@ double seconds(const timeval &t)
 
 int main(int argc, char **argv)
 {
-    if (argc != 4) {
-        fprintf(stderr, "usage: %s <source dir> <report dir> <scratch dir>\n", argv[0]);
+    if (argc != 4 && argc != 5) {
+        fprintf(stderr, "usage: %s <source dir> <report dir> <scratch dir> [label]\n", argv[0]);
         return 1;
     }
     std::string sources = argv[1], report = argv[2], scratch = argv[3];
+    const char *label = argc == 5 ? argv[4] : "read sources + write same report";
     std::vector<std::string> sourceFiles, reportFiles;
     listFiles(sources, "", sourceFiles);
     listFiles(report, "", reportFiles);
@@ -104,8 +108,10 @@ int main(int argc, char **argv)
         const std::string &file = reportFiles[i];
         for (size_t slash = file.find('/'); slash != std::string::npos; slash = file.find('/', slash + 1))
             mkdir((scratch + "/" + file.substr(0, slash)).c_str(), 0777);
-        int fd = open((scratch + "/" + file).c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        if (fd < 0 || write(fd, reportBytes[i].data(), reportBytes[i].size()) != static_cast<ssize_t>(reportBytes[i].size())) {
+        const std::string &bytes = reportBytes[i];
+        int fd = open((scratch + "/" + file).c_str(), O_WRONLY | O_CREAT, 0644);
+        if (fd < 0 || write(fd, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()) ||
+            ftruncate(fd, static_cast<off_t>(bytes.size())) != 0) {
             fprintf(stderr, "write_floor: cannot write %s\n", file.c_str());
             return 1;
         }
@@ -114,7 +120,7 @@ int main(int argc, char **argv)
     double wall = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     getrusage(RUSAGE_SELF, &after);
     printf("%-34s wall %6.2f s  user %5.2f s  system %5.2f s  (%zu sources, %zu MB read; %zu files, %zu MB written)\n",
-           "read sources + write same report", wall, seconds(after.ru_utime) - seconds(before.ru_utime),
+           label, wall, seconds(after.ru_utime) - seconds(before.ru_utime),
            seconds(after.ru_stime) - seconds(before.ru_stime), sourceFiles.size(), read_bytes >> 20,
            reportFiles.size(), total >> 20);
     return 0;
