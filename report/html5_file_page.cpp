@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "analysis/coverage_store.h"
-#include "analysis/line_count.h"
 #include "analysis/percent_format.h"
 #include "report/colors.h"
 #include "report/line_digits.h"
@@ -21,10 +20,12 @@ struct SourceLine {
     size_t length;
 };
 
-std::vector<SourceLine> splitLines(const std::string &bytes)
+std::vector<SourceLine> splitLines(std::string_view bytes)
 {
     std::vector<SourceLine> lines;
-    lines.reserve(countNewlines(bytes.data(), bytes.size()) + 1);
+    /* Room for lines of 16 bytes on average (source lines are longer), so
+     * that the vector is not grown and no count goes first. */
+    lines.reserve(bytes.size() / 16 + 1);
     size_t start = 0;
     if (memchr(bytes.data(), '\r', bytes.size()) == nullptr) {
         /* Line feeds only (the usual file): found by the library's search. */
@@ -83,7 +84,7 @@ const char *findPair(const char *p, const char *end, char first, char second)
  * and '!' comments in Fortran sources). String literals are not looked at:
  * a comment opener inside one is taken as a comment, which at worst ends a
  * colour early. */
-std::vector<bool> codelessLines(const std::string &bytes, const std::vector<SourceLine> &lines, bool fortran)
+std::vector<bool> codelessLines(std::string_view bytes, const std::vector<SourceLine> &lines, bool fortran)
 {
     std::vector<bool> codeless(lines.size() + 2, false);
     bool inBlock = false;
@@ -350,7 +351,7 @@ void writeRowOpening(Html5Page &page, const LineDigits &number, const char *rowC
 }
 
 /* The source rows, painted. */
-void writeSource(Html5Page &page, const ModuleReport &module, const std::string &bytes, bool reference)
+void writeSource(Html5Page &page, const ModuleReport &module, std::string_view bytes, bool reference)
 {
     std::vector<SourceLine> lines = splitLines(bytes);
     uint32_t lineCount = static_cast<uint32_t>(lines.size());

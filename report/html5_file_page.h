@@ -12,6 +12,7 @@
 #define VEMCOV_REPORT_HTML5_FILE_PAGE_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "analysis/module_report.h"
@@ -23,7 +24,7 @@ struct Html5FilePage {
     std::string toRoot;      /* "../" repeated up to the view's root */
     const char *project;     /* -prj, or null */
     bool reference;          /* -ref: differential colours and labels */
-    const std::string *source; /* the file's bytes, or null when unreadable */
+    const std::string_view *source; /* the file's bytes, or null when unreadable */
 };
 
 void writeHtml5FilePage(const Html5FilePage &input, Html5Page &page);

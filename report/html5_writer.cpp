@@ -3,12 +3,15 @@
 #include "report/html5_writer.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <string_view>
+#include <vector>
 
 #include "analysis/percent_format.h"
 #include "report/html5_file_page.h"
@@ -31,17 +34,38 @@ void makeDirectories(const std::string &path)
     }
 }
 
-bool readWhole(const char *path, std::string &bytes)
+/* Reads the file at `path` into `buffer`, which is kept from file to file
+ * (grown, never shrunk, so it is seldom allocated and filled); its bytes,
+ * or false when it cannot be read. */
+bool readWhole(const char *path, std::vector<char> &buffer, std::string_view &bytes)
 {
     FILE *file = VEMTRA_Open_Regular_File(path);
     if (file == nullptr)
         return false;
-    char chunk[1 << 16];
-    size_t got;
-    while ((got = fread(chunk, 1, sizeof chunk, file)) > 0)
-        bytes.append(chunk, got);
-    bool ok = !ferror(file);
+    /* Read straight into the buffer, with room for the file's size and a
+     * byte more, so that its end is found by the same read; a file that
+     * grows meanwhile is read on to its end. */
+    int fd = fileno(file);
+    struct stat status;
+    size_t room = fstat(fd, &status) == 0 && status.st_size > 0 ? static_cast<size_t>(status.st_size) + 1 : 4096;
+    if (buffer.size() < room)
+        buffer.resize(room);
+    size_t have = 0;
+    bool ok = true;
+    for (;;) {
+        if (have == buffer.size())
+            buffer.resize(2 * buffer.size());
+        ssize_t got = read(fd, buffer.data() + have, buffer.size() - have);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0) {
+            ok = got == 0;
+            break;
+        }
+        have += static_cast<size_t>(got);
+    }
     fclose(file);
+    bytes = std::string_view(buffer.data(), have);
     return ok;
 }
 
@@ -209,8 +233,9 @@ void Html5Writer::module(const ModuleReport &module, bool analysed)
     /* The page needs the model, which the run replaces with the next
      * module's: a page written on another thread takes a copy. */
     auto write = [target, shown, toRoot, project, reference](const ModuleReport &model) {
-        std::string source;
-        bool read = readWhole(model.path != nullptr ? model.path : "", source);
+        static thread_local std::vector<char> buffer;
+        std::string_view source;
+        bool read = readWhole(model.path != nullptr ? model.path : "", buffer, source);
         Html5FilePage input{&model, shown, toRoot, project, reference, read ? &source : nullptr};
         Html5Page out(target);
         writeHtml5FilePage(input, out);
