@@ -84,9 +84,9 @@ const char *findPair(const char *p, const char *end, char first, char second)
  * and '!' comments in Fortran sources). String literals are not looked at:
  * a comment opener inside one is taken as a comment, which at worst ends a
  * colour early. */
-std::vector<bool> codelessLines(std::string_view bytes, const std::vector<SourceLine> &lines, bool fortran)
+std::vector<unsigned char> codelessLines(std::string_view bytes, const std::vector<SourceLine> &lines, bool fortran)
 {
-    std::vector<bool> codeless(lines.size() + 2, false);
+    std::vector<unsigned char> codeless(lines.size() + 2, 0);
     bool inBlock = false;
     for (size_t n = 0; n < lines.size(); ++n) {
         const char *p = bytes.data() + lines[n].start;
@@ -165,17 +165,15 @@ int classOf(const PositionReport &p, bool reference)
                             reference);
 }
 
-std::vector<Stretch> stretchesOf(const ModuleReport &module, const std::vector<bool> &codeless, uint32_t lineCount,
+std::vector<Stretch> stretchesOf(const ModuleReport &module, std::vector<unsigned char> stop, uint32_t lineCount,
                                  bool reference)
 {
     /* The first line, at or after each line, where a stretch without an
-     * end must stop: a blank or comment-only line or a function's first. */
-    std::vector<bool> stop(lineCount + 2, false);
-    for (uint32_t l = 1; l <= lineCount; ++l)
-        stop[l] = codeless[l];
+     * end must stop: a blank or comment-only line (`stop` holds them) or a
+     * function's first. */
     for (const FunctionReport &f : module.functions)
         if (f.line >= 1 && f.line <= lineCount)
-            stop[f.line] = true;
+            stop[f.line] = 1;
     std::vector<uint32_t> nextStop(lineCount + 2, lineCount + 1);
     for (uint32_t l = lineCount; l >= 1; --l)
         nextStop[l] = stop[l] ? l : nextStop[l + 1];
@@ -234,15 +232,21 @@ bool isInfeasibleLine(const ModuleReport &module, uint32_t line)
     return it->first <= line && line <= it->second;
 }
 
+/* Copies `text` of compile-time length to `out`; where it ends. */
+template <size_t N>
+char *copied(char *out, const char (&text)[N])
+{
+    memcpy(out, text, N - 1);
+    return out + N - 1;
+}
+
 void writeTitle(Html5Page &page, const PositionReport &p)
 {
-    page.literal(" title=\"");
-    page.number(p.count);
-    page.literal(" (");
-    page.number(p.executed);
-    page.raw('/');
-    page.number(p.blocks);
-    page.literal(")\"");
+    char *out = copied(page.room(16 + 3 * PageWriter::MOST_DIGITS), " title=\"");
+    out = copied(PageWriter::digitsInto(out, p.count), " (");
+    out = PageWriter::digitsInto(out, p.executed);
+    *out++ = '/';
+    page.commit(copied(PageWriter::digitsInto(out, p.blocks), ")\""));
 }
 
 void writeFunctionTable(Html5Page &page, const ModuleReport &module, bool reference)
@@ -309,14 +313,6 @@ void writeLegend(Html5Page &page, bool reference)
              "<kbd>t</kbd> theme.</p>\n");
 }
 
-/* Copies `text` of compile-time length to `out`; where it ends. */
-template <size_t N>
-char *copied(char *out, const char (&text)[N])
-{
-    memcpy(out, text, N - 1);
-    return out + N - 1;
-}
-
 /* A row up to its text cell, in one reservation: the line's number three
  * times (anchor, link, text), the row's class, the glyph and the count.
  * Rows are the bulk of the view, so they are written in HTML's short form:
@@ -355,8 +351,8 @@ void writeSource(Html5Page &page, const ModuleReport &module, std::string_view b
 {
     std::vector<SourceLine> lines = splitLines(bytes);
     uint32_t lineCount = static_cast<uint32_t>(lines.size());
-    std::vector<bool> codeless = codelessLines(bytes, lines, isFortran(module.path));
-    std::vector<Stretch> stretches = stretchesOf(module, codeless, lineCount, reference);
+    std::vector<Stretch> stretches =
+        stretchesOf(module, codelessLines(bytes, lines, isFortran(module.path)), lineCount, reference);
 
     page.raw("<div class=\"code\" tabindex=\"0\" role=\"region\" aria-label=\"Listing\">"
              "<table class=\"src\"><tbody>\n");
@@ -421,11 +417,17 @@ void writeSource(Html5Page &page, const ModuleReport &module, std::string_view b
                 std::all_of(chars, chars + (to - 1), [](char c) { return c == ' ' || c == '\t'; }))
                 colour = 0;
             if (colour != 0) {
-                page.literal("<span class=k");
-                page.number(static_cast<uint64_t>(colour));
-                if (titled != nullptr)
+                /* The class is one digit (the seven colour classes). */
+                char *out = copied(page.room(16), "<span class=k");
+                *out++ = static_cast<char>('0' + colour);
+                if (titled != nullptr) {
+                    page.commit(out);
                     writeTitle(page, *titled);
-                page.raw('>');
+                    page.raw('>');
+                } else {
+                    *out++ = '>';
+                    page.commit(out);
+                }
             }
             page.content(chars + column - 1, to - column);
             if (colour != 0)
