@@ -125,63 +125,66 @@ void checked_close_output(FILE *stream, const char *file_name)
     vemtra_Close_Output(stream, file_name, 0);
 }
 
-/* The files opened by checked_open_rewritable and not yet closed. */
+/* The earlier runs' files that checked_open_rewritable opened and that are
+ * not closed yet: they are cut at their new end when the run ends early. */
 static std::mutex rewritten_lock;
 static std::vector<FILE *> rewritten_files;
 
-/* Cuts the file of `stream` at the end of what has been written to it,
- * when an older file's rest lies past that end; errno when it cannot. */
+/* Cuts the file of `stream` at the end of what has been written to it;
+ * errno when a regular file cannot be cut. */
 static int vemtra_Cut_At_Written_End(FILE *stream)
 {
     if (fflush(stream) != 0)
         return 0; /* the stream keeps the failure for its close */
     /* Everything is in the file now, so its end is where its position
-     * stands (a stream does not know of writes made to its file). */
+     * stands (a stream does not know of writes made to its file). A file
+     * that has no position or cannot be cut (a FIFO, a device) is left. */
     int fd = fileno(stream);
     off_t end = lseek(fd, 0, SEEK_CUR);
-    struct stat status;
-    if (end >= 0 && fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > end &&
-        ftruncate(fd, end) != 0)
+    if (end >= 0 && ftruncate(fd, end) != 0 && errno != EINVAL)
         return errno;
     return 0;
 }
 
 FILE *checked_open_rewritable(const char *path)
 {
-    int fd = open(path, O_WRONLY | O_CREAT, 0666);
-    if (fd < 0)
-        return nullptr;
-    FILE *stream = fdopen(fd, "w");
-    if (stream == nullptr) {
-        int error = errno;
-        close(fd);
-        errno = error;
-        return nullptr;
-    }
+    /* A new file needs nothing more than "w" would do; an existing one is
+     * opened for update, which does not empty it, and anything else (a
+     * link to nowhere, no right to read it) is left to "w" and its errno.
+     * fopen is used rather than open and fdopen, which would cost a
+     * system call more per file. */
+    FILE *stream = fopen(path, "wx");
+    if (stream != nullptr || errno != EEXIST)
+        return stream;
+    stream = fopen(path, "r+");
+    if (stream == nullptr)
+        return fopen(path, "w");
     std::lock_guard<std::mutex> hold(rewritten_lock);
     rewritten_files.push_back(stream);
     return stream;
 }
 
-static void vemtra_Forget_Rewritable(FILE *stream)
+/* Whether `stream` is an earlier run's file (and no longer listed as one). */
+static bool vemtra_Forget_Rewritten(FILE *stream)
 {
     std::lock_guard<std::mutex> hold(rewritten_lock);
     auto at = std::find(rewritten_files.begin(), rewritten_files.end(), stream);
-    if (at != rewritten_files.end())
-        rewritten_files.erase(at);
+    if (at == rewritten_files.end())
+        return false;
+    rewritten_files.erase(at);
+    return true;
 }
 
 void checked_close_rewritten(FILE *stream, const char *file_name)
 {
-    vemtra_Forget_Rewritable(stream);
-    int error = ferror(stream) ? 0 : vemtra_Cut_At_Written_End(stream);
+    int error = vemtra_Forget_Rewritten(stream) && !ferror(stream) ? vemtra_Cut_At_Written_End(stream) : 0;
     vemtra_Close_Output(stream, file_name, error);
 }
 
 void checked_close_unfinished(FILE *stream)
 {
-    vemtra_Forget_Rewritable(stream);
-    vemtra_Cut_At_Written_End(stream);
+    if (vemtra_Forget_Rewritten(stream))
+        vemtra_Cut_At_Written_End(stream);
     fclose(stream);
 }
 

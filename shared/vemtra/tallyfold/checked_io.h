@@ -32,9 +32,10 @@ FILE *VEMTRA_Open_Regular_File(const char *path);
  * ends the process with status 1: no output is lost without a word. */
 void checked_close_output(FILE *stream, const char *file_name);
 
-/* Opens `path` for writing ("w"), created when missing but not emptied:
- * an existing file is written over from its start, which takes no new disk
- * blocks and no new cache pages. Close it with checked_close_rewritten,
+/* Opens `path` for writing, created when missing but not emptied: an
+ * existing file is opened for update ("r+") and written over from its
+ * start, which takes no new disk blocks and no new cache pages; one that
+ * cannot be opened so is opened with "w". Close it with checked_close_rewritten,
  * which cuts off the old file's rest; a run that ends before that
  * (vemtra_Process_Exit) cuts it too, so the file holds what was written, as
  * a file emptied on opening would. Null, with errno set, when it cannot be
