@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <memory>
+#include <string>
 #include <vector>
 #include <strings.h>
 
@@ -221,8 +223,84 @@ static void writeTestsLink(FILE *page, const func *function, const FunctionListO
     fputs(TESTS_LINK_END, page);
 }
 
-void writeFunctionList(FILE *page, bool covered, SortType order, const char *path, const char *ext,
-                       func **functions, int count, const FunctionListOptions &options)
+/* The listing's page name as the rows' links give it. */
+static std::string listingLink(const char *path, const char *ext)
+{
+    return HtmlValue(getSrcHTMLname(path, ext)).c_str();
+}
+
+/* One row up to its name cell's end: the same in every order of a list. */
+static void putRowStart(PageWriter &rows, const func *function, bool blocksOnly, const std::string &listing)
+{
+    rows.putLiteral(ROW_START);
+    if (blocksOnly) {
+        rows.putLiteral(BLOCKS_CELL_START);
+        rows.putInt(static_cast<int>(function->blocks));
+        rows.putLiteral(BLOCKS_CELL_END);
+    } else {
+        rows.putLiteral(COVERAGE_CELL_START);
+        rows.putPercent6(roundHalfUp2(function->percent));
+        rows.putLiteral(COVERAGE_CELL_MIDDLE);
+        rows.putInt(static_cast<int>(function->covered));
+        rows.put('/');
+        rows.putInt(static_cast<int>(function->blocks));
+        rows.putLiteral(COVERAGE_CELL_END);
+    }
+    /* The start line is compared as the unsigned 32-bit number the
+     * profile records, then printed as a signed one. */
+    uint32_t line = static_cast<uint32_t>(function->line);
+    uint32_t anchor = line > LINES_ABOVE ? line - LINES_ABOVE : line;
+    rows.putLiteral(NAME_CELL_LINK);
+    rows.put(listing);
+    rows.putLiteral(NAME_CELL_ANCHOR);
+    rows.putInt(static_cast<int>(anchor));
+    rows.putLiteral(NAME_CELL_TITLE);
+    rows.putInt(static_cast<int>(line));
+    rows.putLiteral(NAME_CELL_TEXT);
+    putFunctionName(rows, function->name);
+    rows.putLiteral(NAME_CELL_END);
+}
+
+/* The list's rows made once, for the pages of its four orders: a row does
+ * not depend on the order, only the rows' sequence does. Not used with
+ * links to the tests, which are written to the page's stream. */
+class FunctionListRows {
+public:
+    FunctionListRows(func *const *functions, int count, bool blocksOnly, const std::string &listing)
+    {
+        PageWriter rows(&text_);
+        where_.reserve(static_cast<size_t>(count));
+        for (int i = 0; i < count; ++i) {
+            size_t start = text_.size();
+            putRowStart(rows, functions[i], blocksOnly, listing);
+            rows.putLiteral(ROW_END);
+            rows.flush();
+            where_.push_back(Row{functions[i], start, text_.size() - start});
+        }
+        std::sort(where_.begin(), where_.end(), [](const Row &a, const Row &b) { return a.function < b.function; });
+    }
+
+    /* The whole row of `function`, one of the list's. */
+    void put(PageWriter &page, const func *function) const
+    {
+        auto at = std::lower_bound(where_.begin(), where_.end(), function,
+                                   [](const Row &row, const func *f) { return row.function < f; });
+        page.put(text_.data() + at->start, at->length);
+    }
+
+private:
+    struct Row {
+        const func *function;
+        size_t start;
+        size_t length;
+    };
+    std::string text_;
+    std::vector<Row> where_;
+};
+
+static void writeFunctionPage(FILE *page, bool covered, SortType order, const char *path, const char *ext,
+                              func **functions, int count, const FunctionListOptions &options,
+                              const FunctionListRows *made)
 {
     /* The uncovered list has nothing to show but blocks; under -ref both
      * lists show miss rates. */
@@ -257,37 +335,17 @@ void writeFunctionList(FILE *page, bool covered, SortType order, const char *pat
 
     sortFunctions(functions, count, order);
     rows.putLiteral(BODY_START);
+    if (made != nullptr) {
+        for (int i = 0; i < count; ++i)
+            made->put(rows, functions[i]);
+        rows.putLiteral(PAGE_END);
+        return;
+    }
     /* Every row links to the same listing: its name is made once. */
-    const std::string listing = HtmlValue(getSrcHTMLname(path, ext)).c_str();
+    const std::string listing = listingLink(path, ext);
     for (int i = 0; i < count; ++i) {
         const func *function = functions[i];
-        rows.putLiteral(ROW_START);
-        if (blocksOnly) {
-            rows.putLiteral(BLOCKS_CELL_START);
-            rows.putInt(static_cast<int>(function->blocks));
-            rows.putLiteral(BLOCKS_CELL_END);
-        } else {
-            rows.putLiteral(COVERAGE_CELL_START);
-            rows.putPercent6(roundHalfUp2(function->percent));
-            rows.putLiteral(COVERAGE_CELL_MIDDLE);
-            rows.putInt(static_cast<int>(function->covered));
-            rows.put('/');
-            rows.putInt(static_cast<int>(function->blocks));
-            rows.putLiteral(COVERAGE_CELL_END);
-        }
-        /* The start line is compared as the unsigned 32-bit number the
-         * profile records, then printed as a signed one. */
-        uint32_t line = static_cast<uint32_t>(function->line);
-        uint32_t anchor = line > LINES_ABOVE ? line - LINES_ABOVE : line;
-        rows.putLiteral(NAME_CELL_LINK);
-        rows.put(listing);
-        rows.putLiteral(NAME_CELL_ANCHOR);
-        rows.putInt(static_cast<int>(anchor));
-        rows.putLiteral(NAME_CELL_TITLE);
-        rows.putInt(static_cast<int>(line));
-        rows.putLiteral(NAME_CELL_TEXT);
-        putFunctionName(rows, function->name);
-        rows.putLiteral(NAME_CELL_END);
+        putRowStart(rows, function, blocksOnly, listing);
         if (options.links) {
             rows.flush();
             writeTestsLink(page, function, options);
@@ -297,18 +355,15 @@ void writeFunctionList(FILE *page, bool covered, SortType order, const char *pat
     rows.putLiteral(PAGE_END);
 }
 
-bool bOutputFunctionCoverageFor(bool covered, SortType order, const char *path, const char *ext,
-                                func **functions, int count)
+void writeFunctionList(FILE *page, bool covered, SortType order, const char *path, const char *ext,
+                       func **functions, int count, const FunctionListOptions &options)
 {
-    if (g_bNoHTML)
-        return true;
-    checkSortOption(order);
-    const std::string name = getDirHTMLname(functionListBase(path, covered, order + 3).c_str(), ext);
-    FILE *page = openPageFile(name.c_str());
-    if (page == nullptr) {
-        fprintf(stderr, "Cannot open %s for output!\n", name.c_str());
-        return false;
-    }
+    writeFunctionPage(page, covered, order, path, ext, functions, count, options, nullptr);
+}
+
+/* The run's settings for the lists. */
+static FunctionListOptions runListOptions()
+{
     FunctionListOptions options;
     options.reference = compWithRef != 0;
     options.links = g_isLinksFlag != 0;
@@ -316,7 +371,44 @@ bool bOutputFunctionCoverageFor(bool covered, SortType order, const char *path, 
     options.dbName = g_lpszDBName != nullptr ? g_lpszDBName : "";
     options.dbProject = g_lpszDBProjName;
     options.viewerPage = g_lpszFuncLinkName != nullptr ? g_lpszFuncLinkName : "";
-    writeFunctionList(page, covered, order, path, ext, functions, count, options);
+    return options;
+}
+
+/* Creates the list page of `path` in `order`; see bOutputFunctionCoverageFor. */
+static bool createFunctionPage(bool covered, SortType order, const char *path, const char *ext, func **functions,
+                               int count, const FunctionListOptions &options, const FunctionListRows *made)
+{
+    checkSortOption(order);
+    const std::string name = getDirHTMLname(functionListBase(path, covered, order + 3).c_str(), ext);
+    FILE *page = openPageFile(name.c_str());
+    if (page == nullptr) {
+        fprintf(stderr, "Cannot open %s for output!\n", name.c_str());
+        return false;
+    }
+    writeFunctionPage(page, covered, order, path, ext, functions, count, options, made);
     checked_close_rewritten(page, name.c_str());
+    return true;
+}
+
+bool bOutputFunctionCoverageFor(bool covered, SortType order, const char *path, const char *ext,
+                                func **functions, int count)
+{
+    if (g_bNoHTML)
+        return true;
+    return createFunctionPage(covered, order, path, ext, functions, count, runListOptions(), nullptr);
+}
+
+bool writeFunctionListPages(bool covered, const SortType *orders, int orderCount, const char *path, const char *ext,
+                            func **functions, int count)
+{
+    if (g_bNoHTML)
+        return true;
+    FunctionListOptions options = runListOptions();
+    std::unique_ptr<FunctionListRows> made;
+    if (!options.links)
+        made.reset(new FunctionListRows(functions, count, !covered && !options.reference, listingLink(path, ext)));
+    for (int i = 0; i < orderCount; ++i)
+        if (!createFunctionPage(covered, orders[i], path, ext, functions, count, options, made.get()))
+            return false;
     return true;
 }

@@ -51,4 +51,10 @@ void writeFunctionList(FILE *page, bool covered, SortType order, const char *pat
 bool bOutputFunctionCoverageFor(bool covered, SortType order, const char *path, const char *ext,
                                 func **functions, int count);
 
+/* bOutputFunctionCoverageFor for each of orders[0..orderCount-1] in turn,
+ * the rows made once for all of them; false at the first page that cannot
+ * be created. */
+bool writeFunctionListPages(bool covered, const SortType *orders, int orderCount, const char *path, const char *ext,
+                            func **functions, int count);
+
 #endif

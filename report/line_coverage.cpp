@@ -68,11 +68,7 @@ static bool writeLists(bool covered, const char *path, const char *ext, func **f
 {
     const SortType *orders = covered ? COVERED_ORDERS : (compWithRef ? UNCOVERED_ORDERS_REFERENCE : UNCOVERED_ORDERS);
     rankFunctionNames(functions, count);
-    for (int i = 0; i < 4; ++i) {
-        if (!bOutputFunctionCoverageFor(covered, orders[i], path, ext, functions, count))
-            return false;
-    }
-    return true;
+    return writeFunctionListPages(covered, orders, 4, path, ext, functions, count);
 }
 
 bool writeModulePages(const ModulePages &module, const char *ext, ListingWorkArea *work)

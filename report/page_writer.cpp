@@ -26,6 +26,10 @@ void PageWriter::flush()
 
 void PageWriter::writeOut(const char *bytes, size_t length)
 {
+    if (text_ != nullptr) {
+        text_->append(bytes, length);
+        return;
+    }
     /* Straight to the file, past the stream's small buffer, which would cut
      * the bytes into its own pieces; what the stream holds goes first. */
     int file = fileno(stream_);

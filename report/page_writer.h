@@ -19,6 +19,9 @@ class PageWriter {
 public:
     /* Writes into `stream`, which stays the caller's to close. */
     explicit PageWriter(FILE *stream) : stream_(stream), buffer_(new char[CAPACITY]) {}
+    /* Writes onto the end of `text` (each flush appends what was built):
+     * for pieces made once and copied into several pages. */
+    explicit PageWriter(std::string *text) : text_(text), buffer_(new char[CAPACITY]) {}
     ~PageWriter() { flush(); }
     PageWriter(const PageWriter &) = delete;
     PageWriter &operator=(const PageWriter &) = delete;
@@ -124,7 +127,8 @@ private:
      * write, which also lets the kernel keep it in large pages of its cache
      * (a page written in small pieces is cached in 4 KiB ones). */
     static const size_t CAPACITY = 1 << 18;
-    FILE *stream_;
+    FILE *stream_ = nullptr;
+    std::string *text_ = nullptr;
     std::unique_ptr<char[]> buffer_;
     size_t used_ = 0;
 };
