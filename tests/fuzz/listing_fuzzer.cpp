@@ -67,7 +67,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         FunctionReport f{"f<&>", "f", static_cast<uint32_t>(1 + size % 20), 3, 1, 2, true};
         module.functions.push_back(f);
         std::string bytes(reinterpret_cast<const char *>(data), size);
-        Html5FilePage view{&module, "dir/file.c", "../", nullptr, (size & 2) != 0, &bytes};
+        std::string_view source(bytes);
+        Html5FilePage view{&module, "dir/file.c", "../", nullptr, (size & 2) != 0, &source};
         Html5Page out("/dev/null");
         writeHtml5FilePage(view, out);
     } catch (const FuzzExit &) {
