@@ -40,7 +40,7 @@ FILE *openReportFile(const char *name)
 {
     /* Not emptied on opening: a run over an earlier report writes over the
      * old bytes, which needs no new disk blocks or cache pages (on the
-     * 2.65-million-line report, a fifth to a quarter of the system time of
+     * 2.65-million-line report, a fifth to a third of the system time of
      * writing new files). */
     return checked_open_rewritable((reportRoot + name).c_str());
 }
