@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -277,14 +278,15 @@ public:
             rows.flush();
             where_.push_back(Row{functions[i], start, text_.size() - start});
         }
-        std::sort(where_.begin(), where_.end(), [](const Row &a, const Row &b) { return a.function < b.function; });
+        std::sort(where_.begin(), where_.end(),
+                  [](const Row &a, const Row &b) { return std::less<const func *>()(a.function, b.function); });
     }
 
     /* The whole row of `function`, one of the list's. */
     void put(PageWriter &page, const func *function) const
     {
         auto at = std::lower_bound(where_.begin(), where_.end(), function,
-                                   [](const Row &row, const func *f) { return row.function < f; });
+                                   [](const Row &row, const func *f) { return std::less<const func *>()(row.function, f); });
         page.put(text_.data() + at->start, at->length);
     }
 
