@@ -3,6 +3,7 @@
 #include "shared/vemtra/tallyfold/checked_io.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <mutex>
@@ -146,6 +147,12 @@ static int vemtra_Cut_At_Written_End(FILE *stream)
     return 0;
 }
 
+/* Whether the last file opened by checked_open_rewritable was there
+ * already: a run over an earlier report finds nearly every file there and
+ * a first run none, so the open that fitted the last file is tried first
+ * (a system call less per file either way). */
+static std::atomic<bool> last_file_existed{false};
+
 FILE *checked_open_rewritable(const char *path)
 {
     /* A new file needs nothing more than "w" would do; an existing one is
@@ -153,12 +160,17 @@ FILE *checked_open_rewritable(const char *path)
      * link to nowhere, no right to read it) is left to "w" and its errno.
      * fopen is used rather than open and fdopen, which would cost a
      * system call more per file. */
-    FILE *stream = fopen(path, "wx");
-    if (stream != nullptr || errno != EEXIST)
-        return stream;
-    stream = fopen(path, "r+");
-    if (stream == nullptr)
+    if (!last_file_existed) {
+        FILE *stream = fopen(path, "wx");
+        if (stream != nullptr || errno != EEXIST)
+            return stream;
+    }
+    FILE *stream = fopen(path, "r+");
+    if (stream == nullptr) {
+        last_file_existed = false;
         return fopen(path, "w");
+    }
+    last_file_existed = true;
     std::lock_guard<std::mutex> hold(rewritten_lock);
     rewritten_files.push_back(stream);
     return stream;
