@@ -22,10 +22,11 @@ if [ ! -x /usr/bin/time ]; then
     exit 1
 fi
 cmake -S . -B build -G Ninja >/dev/null
-cmake --build build -j2 --target vemcov generate_project write_floor >/dev/null
+cmake --build build -j2 --target vemcov generate_project write_floor warm_memory >/dev/null
 BUILD=$PWD/build
 VEMCOV=$BUILD/vemcov
 FLOOR=$BUILD/bench/write_floor
+WARM=$BUILD/bench/warm_memory
 
 if [ -e "$DIR" ]; then
     mv "$DIR" "$DIR.old.$$"
@@ -60,14 +61,17 @@ finish() {
     fi
 }
 
-# settle: writes out what earlier runs left for the disk, so that the run
-# does not pay for it. The kernel's cache of file pages is not emptied:
-# tried on this virtual machine, that made every run's processor time half
-# as much again (user time of the documented report 0.54 s instead of 0.36
-# to 0.39 s), though it kept later rounds from writing dearer as the cache
-# fills (the view: 0.58 s in a first round, 0.94 to 1.10 s in later ones).
+# settle: writes out what earlier runs left for the disk, and touches and
+# frees 1 GiB (bench/warm_memory), so that the run finds free memory the
+# host backs: this virtual machine's kernel hands freed memory back to the
+# host after a few seconds, and touching it again then costs the host's
+# backing (creating the report's files took 0.6 s at one moment and 1.8 s at
+# another without this, 0.55 to 0.70 s with it). The kernel's cache of file
+# pages is not emptied: tried here, that made every run's processor time
+# half as much again.
 settle() {
     sync
+    "$WARM" 1024
 }
 
 # measure <label> <command...>: one timed run, its output discarded.
@@ -86,6 +90,7 @@ measure() {
 # floor run of the round wrote is written over in place, as vemcov writes
 # over an earlier report.
 floor() {
+    settle
     line=$("$FLOOR" "$@")
     echo "$line"
     echo "$line" | awk '{
