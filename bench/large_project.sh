@@ -21,6 +21,19 @@ if [ ! -x /usr/bin/time ]; then
     echo "$0: /usr/bin/time is missing (apt-get install time)" >&2
     exit 1
 fi
+# Rounds of each benchmark (ROUNDS in the environment, 5 unless set): the
+# file system's own background work makes single runs vary by a factor of
+# two, so the medians are printed at the end.
+ROUNDS=${ROUNDS:-5}
+# Every run's files are kept until the end (see above): a round of the
+# largest benchmark writes about 1.5 GB, and a series run with KEEP=1 adds
+# up until its work directories are deleted.
+free_mb=$(df -Pm "$(dirname "$DIR")" | awk 'NR == 2 { print $4 }')
+if [ "$free_mb" -lt $((ROUNDS * 1500 + 4000)) ]; then
+    echo "$0: only $free_mb MB free beside $DIR, too little for $ROUNDS rounds;" \
+        "delete older work directories ($DIR.old.*, those kept with KEEP=1)" >&2
+    exit 1
+fi
 cmake -S . -B build -G Ninja >/dev/null
 cmake --build build -j2 --target vemcov generate_project write_floor warm_memory >/dev/null
 BUILD=$PWD/build
@@ -36,10 +49,6 @@ echo "== project: $FILES files, $((FILES * FUNCS)) functions, $(cat "$DIR"/src/*
 cat "$DIR"/src/*.c >/dev/null
 cd "$DIR"
 
-# Rounds of each benchmark (ROUNDS in the environment, 5 unless set): the
-# file system's own background work makes single runs vary by a factor of
-# two, so the medians are printed at the end.
-ROUNDS=${ROUNDS:-5}
 : > results.txt
 
 mkdir runs
