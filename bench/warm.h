@@ -11,6 +11,8 @@
 #define VEMCOV_BENCH_WARM_H
 
 #include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstddef>
 
@@ -29,6 +31,19 @@ inline bool warmMemory(size_t mib)
         static_cast<volatile char *>(area)[at] = 1;
     munmap(area, bytes);
     return true;
+}
+
+// warmMemory in a child process, as the benchmarks' separate warm_memory
+// runs it before vemcov: warmed and freed in the process that then runs
+// timed, the floor's writes over existing files that followed took up to
+// four times as long (0.10 to 0.46 s against 0.08 to 0.13 s).
+inline void warmMemoryInChild(size_t mib)
+{
+    pid_t child = fork();
+    if (child == 0)
+        _exit(warmMemory(mib) ? 0 : 1);
+    if (child > 0)
+        waitpid(child, nullptr, 0);
 }
 
 #endif

@@ -6,7 +6,7 @@
 // The report's bytes are loaded into memory first (not timed), and then the
 // start is made like a measured run's (bench/large_project.sh, settle):
 // dirty pages written out, the sources read once, 1 GiB of memory touched
-// and freed (warm.h). Then, timed, every file below
+// and freed by a child process (warm.h). Then, timed, every file below
 // <source dir> is read whole and every file of <report dir> is written
 // below <scratch dir> (same relative paths) in one call, as vemcov writes its
 // files: opened without being emptied and cut to the new length, so that a
@@ -101,7 +101,7 @@ int main(int argc, char **argv)
         readWhole(sources + "/" + file);
     /* As bench/large_project.sh does before a measured run, here after the
      * loading, which would outlast the warmth of memory warmed before it. */
-    warmMemory(1024);
+    warmMemoryInChild(1024);
 
     rusage before, after;
     getrusage(RUSAGE_SELF, &before);
