@@ -39,9 +39,10 @@ bool setReportRoot(const char *dir)
 FILE *openReportFile(const char *name)
 {
     /* Not emptied on opening: a run over an earlier report writes over the
-     * old bytes, which needs no new disk blocks or cache pages (on the
-     * 2.65-million-line report, a fifth to a third of the system time of
-     * writing new files). */
+     * old bytes, which needs no new disk blocks or cache pages. Emptied,
+     * every file's blocks were freed first (and discarded, on a disk
+     * mounted so): a re-run of the 2.65-million-line report took 3 to 8 s
+     * that way, under 1.1 s this way. */
     return checked_open_rewritable((reportRoot + name).c_str());
 }
 
