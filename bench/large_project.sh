@@ -95,12 +95,11 @@ measure() {
 }
 
 # floor <source dir> <report dir> <scratch dir> [label]: the floor's run,
-# its line printed and kept with the others (the floor tool warms memory
-# itself, after loading the report's bytes). A scratch dir that an earlier
+# its line printed and kept with the others (the floor tool syncs and
+# warms memory itself, after loading the report's bytes). A scratch dir that an earlier
 # floor run of the round wrote is written over in place, as vemcov writes
 # over an earlier report.
 floor() {
-    sync
     line=$("$FLOOR" "$@")
     echo "$line"
     echo "$line" | awk '{

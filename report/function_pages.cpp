@@ -224,6 +224,13 @@ static void writeTestsLink(FILE *page, const func *function, const FunctionListO
     fputs(TESTS_LINK_END, page);
 }
 
+/* The uncovered list has nothing to show but blocks; under -ref both lists
+ * show miss rates. */
+static bool showsBlocksOnly(bool covered, const FunctionListOptions &options)
+{
+    return !covered && !options.reference;
+}
+
 /* The listing's page name as the rows' links give it. */
 static std::string listingLink(const char *path, const char *ext)
 {
@@ -304,9 +311,7 @@ static void writeFunctionPage(FILE *page, bool covered, SortType order, const ch
                               func **functions, int count, const FunctionListOptions &options,
                               const FunctionListRows *made)
 {
-    /* The uncovered list has nothing to show but blocks; under -ref both
-     * lists show miss rates. */
-    bool blocksOnly = !covered && !options.reference;
+    bool blocksOnly = showsBlocksOnly(covered, options);
 
     PageWriter rows(page);
     rows.putLiteral(HEAD_START);
@@ -408,7 +413,7 @@ bool writeFunctionListPages(bool covered, const SortType *orders, int orderCount
     FunctionListOptions options = runListOptions();
     std::unique_ptr<FunctionListRows> made;
     if (!options.links)
-        made.reset(new FunctionListRows(functions, count, !covered && !options.reference, listingLink(path, ext)));
+        made.reset(new FunctionListRows(functions, count, showsBlocksOnly(covered, options), listingLink(path, ext)));
     for (int i = 0; i < orderCount; ++i)
         if (!createFunctionPage(covered, orders[i], path, ext, functions, count, options, made.get()))
             return false;
