@@ -31,6 +31,7 @@
 #include "driver/settings.h"
 #include "driver/usage.h"
 #include "report/cobertura_writer.h"
+#include "report/file_handoff.h"
 #include "report/html5_writer.h"
 #include "report/json_writer.h"
 #include "report/lcov_writer.h"
@@ -171,12 +172,19 @@ static Html5Colours chosenColours()
     return colours;
 }
 
+/* The threads of -j that make pages: the run's own makes them alone up to
+ * two threads, the second being the one that writes the files. */
+static int pageThreads()
+{
+    return g_jobs > 2 ? g_jobs - 2 : 0;
+}
+
 /* The writers of the full road, in the order they write: the documented
  * HTML report first, then the exports the options ask for. */
 static std::vector<std::unique_ptr<ReportWriter>> reportWriters()
 {
     std::vector<std::unique_ptr<ReportWriter>> writers;
-    writers.push_back(std::make_unique<LegacyHtmlWriter>(g_jobs));
+    writers.push_back(std::make_unique<LegacyHtmlWriter>(pageThreads()));
     if (g_lpszLcovOut != nullptr)
         writers.push_back(std::make_unique<LcovWriter>(g_lpszLcovOut));
     if (g_lpszCoberturaOut != nullptr)
@@ -185,7 +193,7 @@ static std::vector<std::unique_ptr<ReportWriter>> reportWriters()
         writers.push_back(std::make_unique<JsonWriter>(g_lpszJsonOut, g_lpszProjName));
     if (g_lpszHtml5Out != nullptr)
         writers.push_back(std::make_unique<Html5Writer>(g_lpszHtml5Out, modulePaths(), g_lpszProjName, compWithRef != 0,
-                                                        chosenColours(), g_jobs));
+                                                        chosenColours(), pageThreads()));
     return writers;
 }
 
@@ -227,6 +235,8 @@ static void analyseModules(std::vector<std::unique_ptr<ReportWriter>> &writers)
 static RunReport writeFullRoad()
 {
     std::vector<std::unique_ptr<ReportWriter>> writers = reportWriters();
+    if (g_jobs > 1)
+        fileHandoffStart();
     for (const auto &writer : writers)
         writer->beginRun();
     startProgressMeter(numComponents);
@@ -234,6 +244,7 @@ static RunReport writeFullRoad()
     const RunReport run = runReport();
     for (const auto &writer : writers)
         writer->endRun(run);
+    fileHandoffFinish();
     return run;
 }
 

@@ -68,11 +68,9 @@ void writeFileFrameset(FILE *page, const char *path, const char *ext, bool hasCo
 bool bCreateFileFrameset(const char *path, const char *ext, bool hasCovered, bool hasUncovered)
 {
     const std::string name = getDirHTMLname(path, ext);
-    FILE *page = openPageFile(name.c_str());
-    if (page == nullptr) {
-        fprintf(stderr, "Unable to create root html file %s!\n", path);
+    FILE *page = openPageFile(name.c_str(), {"Unable to create root html file %s!\n", path});
+    if (page == nullptr)
         return false;
-    }
     writeFileFrameset(page, path, ext, hasCovered, hasUncovered);
     checked_close_rewritten(page, name.c_str());
     return true;

@@ -145,11 +145,9 @@ bool bCreateCov(bool covered, SortType order, const char *name, const char *ext,
 {
     checkSortOption(order);
     const std::string pageName = getDirVerHTMLname(name, order + 3, ext);
-    FILE *page = openPageFile(pageName.c_str());
-    if (page == nullptr) {
-        fprintf(stderr, "Unable to create root html file %s!\n", name);
+    FILE *page = openPageFile(pageName.c_str(), {"Unable to create root html file %s!\n", name});
+    if (page == nullptr)
         return false;
-    }
     const bool reference = compWithRef != 0;
     /* The uncovered table of a plain run shows totals only. */
     const bool detailed = covered || reference;

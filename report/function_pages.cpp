@@ -387,11 +387,9 @@ static bool createFunctionPage(bool covered, SortType order, const char *path, c
 {
     checkSortOption(order);
     const std::string name = getDirHTMLname(functionListBase(path, covered, order + 3).c_str(), ext);
-    FILE *page = openPageFile(name.c_str());
-    if (page == nullptr) {
-        fprintf(stderr, "Cannot open %s for output!\n", name.c_str());
+    FILE *page = openPageFile(name.c_str(), {"Cannot open %s for output!\n", name});
+    if (page == nullptr)
         return false;
-    }
     writeFunctionPage(page, covered, order, path, ext, functions, count, options, made);
     checked_close_rewritten(page, name.c_str());
     return true;

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "report/file_handoff.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 #include "shared/vemtra/tallyfold/process_exit.h"
 
@@ -24,9 +25,12 @@ void Html5Page::text(const char *value)
 
 static FILE *createPage(const std::string &path)
 {
-    FILE *file = checked_open_rewritable(path.c_str());
+    static const char CANNOT_WRITE[] = "ERROR: cannot write %s: %s\n";
+    FILE *file = handedOffPage(path, path, {CANNOT_WRITE, path});
+    if (file == nullptr)
+        file = checked_open_rewritable(path.c_str());
     if (file == nullptr) {
-        fprintf(stderr, "ERROR: cannot write %s: %s\n", path.c_str(), strerror(errno));
+        fprintf(stderr, CANNOT_WRITE, path.c_str(), strerror(errno));
         vemtra_Process_Exit(1);
     }
     /* Everything reaches the file through the page buffer, in large pieces. */

@@ -179,11 +179,11 @@ std::string html5PageName(const std::string &shown)
 }
 
 Html5Writer::Html5Writer(const char *dir, const std::vector<std::string> &modulePaths, const char *project,
-                         bool reference, const Html5Colours &colours, int threads)
+                         bool reference, const Html5Colours &colours, int pageThreads)
     : dir_(dir), root_(commonDirectory(modulePaths)), project_(project), reference_(reference), colours_(colours)
 {
-    if (threads > 1)
-        jobs_ = std::make_unique<PageJobs>(threads);
+    if (pageThreads > 0)
+        jobs_ = std::make_unique<PageJobs>(pageThreads);
     while (dir_.size() > 1 && dir_.back() == '/')
         dir_.pop_back();
 }

@@ -20,9 +20,10 @@ class Html5Writer : public ReportWriter {
 public:
     /* `modulePaths` are the paths of every module of the run (they decide
      * the common root that pages show paths below); `project` is -prj or
-     * null; `reference` is set under -ref. */
+     * null; `reference` is set under -ref; with `pageThreads` above 0 the
+     * file pages are made on that many threads. */
     Html5Writer(const char *dir, const std::vector<std::string> &modulePaths, const char *project, bool reference,
-                const Html5Colours &colours, int threads = 1);
+                const Html5Colours &colours, int pageThreads = 0);
     bool readsPositions() const override { return true; }
     void beginRun() override;
     void module(const ModuleReport &module, bool analysed) override;

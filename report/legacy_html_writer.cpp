@@ -36,10 +36,10 @@ void LegacyHtmlWriter::beginRun()
         tvx_Exit(1);
 }
 
-LegacyHtmlWriter::LegacyHtmlWriter(int threads)
+LegacyHtmlWriter::LegacyHtmlWriter(int pageThreads)
 {
-    if (threads > 1)
-        jobs_ = std::make_unique<PageJobs>(threads);
+    if (pageThreads > 0)
+        jobs_ = std::make_unique<PageJobs>(pageThreads);
 }
 
 /* The pages of a module taken over from the analysis, on a page thread. */

@@ -12,10 +12,10 @@
 
 class LegacyHtmlWriter : public ReportWriter {
 public:
-    /* With `threads` above 1, each module's pages are written by one of
-     * `threads` page-writing threads while the run analyses the next
-     * modules; the files are the same. */
-    explicit LegacyHtmlWriter(int threads = 1);
+    /* With `pageThreads` above 0, each module's pages are made by one of
+     * that many threads while the run analyses the next modules; the files
+     * are the same. */
+    explicit LegacyHtmlWriter(int pageThreads = 0);
     /* Unless -nohtml: the report directory, the toolbar, help and images. */
     void beginRun() override;
     /* Unless -nohtml: an analysed module's listing, lists and frameset. */

@@ -34,9 +34,8 @@ static bool writeListing(const ModulePages &module, const char *ext, ListingWork
         return false;
     }
     const std::string name = getDirSrcHTMLname(path, ext);
-    FILE *page = openPageFile(name.c_str());
+    FILE *page = openPageFile(name.c_str(), {"Cannot open %s for output!\n", name});
     if (page == nullptr) {
-        fprintf(stderr, "Cannot open %s for output!\n", name.c_str());
         fclose(source);
         markerLineFree(&marker);
         return false;

@@ -1,4 +1,4 @@
-/* page_jobs.h -- threads that write pages while the run goes on (-j). Jobs
+/* page_jobs.h -- threads that make pages while the run goes on (-j). Jobs
  * run in any order, each writing files of its own, so the files come out
  * the same as when they are written one after the other. The queue holds a
  * few jobs per thread at most: a job holds a module's positions, and the

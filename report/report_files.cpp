@@ -2,9 +2,11 @@
 #include "report/report_files.h"
 
 #include <cerrno>
+#include <cstring>
 #include <string>
 #include <sys/stat.h>
 
+#include "report/file_handoff.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 
 /* "" for the current directory, else the directory and a "/". */
@@ -46,14 +48,19 @@ FILE *openReportFile(const char *name)
     return checked_open_rewritable((reportRoot + name).c_str());
 }
 
-FILE *openPageFile(const char *name)
+FILE *openPageFile(const char *name, const OpenFailure &failure)
 {
     /* As large as the buffer the stream would make for itself: the page
      * writer hands it larger pieces, which then go to the file directly. */
     static thread_local char buffer[1 << 12];
-    FILE *page = openReportFile(name);
-    if (page != nullptr)
-        setvbuf(page, buffer, _IOFBF, sizeof buffer);
+    FILE *page = handedOffPage(reportRoot + name, name, failure);
+    if (page == nullptr)
+        page = openReportFile(name);
+    if (page == nullptr) {
+        fprintf(stderr, failure.format, failure.argument.c_str(), strerror(errno));
+        return nullptr;
+    }
+    setvbuf(page, buffer, _IOFBF, sizeof buffer);
     return page;
 }
 

@@ -61,7 +61,7 @@ std::map<std::string, std::string> RunAndCollect(const Scenario &scenario, const
     return written;
 }
 
-TEST(Jobs, FourThreadsWriteTheSameFilesAsOne)
+TEST(Jobs, SeveralThreadsWriteTheSameFilesAsOne)
 {
     Scenario scenario;
     Project current, reference;
@@ -74,23 +74,29 @@ TEST(Jobs, FourThreadsWriteTheSameFilesAsOne)
         {"-counts", "-ref", "old.dpi", "-onelinedsbl", "NOT_FEASIBLE", "-txtbcvrgfull", "full.txt",
          "-xmlbcvrgfull", "full.xml"},
     };
+    // -j 2: the run makes the pages and a thread writes them; -j 4: two
+    // page threads more.
     for (const std::vector<std::string> &options : runs) {
-        std::vector<std::string> one = options, four = options;
+        std::vector<std::string> one = options;
         one.insert(one.end(), {"-j", "1"});
-        four.insert(four.end(), {"-j", "4"});
-        RunResult first, second;
+        RunResult first;
         std::map<std::string, std::string> serial = RunAndCollect(scenario, one, first);
-        std::map<std::string, std::string> threaded = RunAndCollect(scenario, four, second);
         ASSERT_EQ(0, first.status) << first.err;
-        EXPECT_EQ(0, second.status) << second.err;
-        EXPECT_EQ(first.out, second.out);  // the progress meter included
-        EXPECT_EQ(first.err, second.err);
         EXPECT_GT(serial.size(), 50u);
-        ASSERT_EQ(serial.size(), threaded.size());
-        for (const auto &file : serial) {
-            auto other = threaded.find(file.first);
-            ASSERT_NE(other, threaded.end()) << file.first;
-            EXPECT_TRUE(file.second == other->second) << file.first << " differs";
+        for (const char *jobs : {"2", "4"}) {
+            std::vector<std::string> several = options;
+            several.insert(several.end(), {"-j", jobs});
+            RunResult second;
+            std::map<std::string, std::string> threaded = RunAndCollect(scenario, several, second);
+            EXPECT_EQ(0, second.status) << second.err;
+            EXPECT_EQ(first.out, second.out) << jobs;  // the progress meter included
+            EXPECT_EQ(first.err, second.err) << jobs;
+            ASSERT_EQ(serial.size(), threaded.size()) << jobs;
+            for (const auto &file : serial) {
+                auto other = threaded.find(file.first);
+                ASSERT_NE(other, threaded.end()) << file.first;
+                EXPECT_TRUE(file.second == other->second) << file.first << " differs with -j " << jobs;
+            }
         }
     }
 }
@@ -143,12 +149,47 @@ TEST(Jobs, AFullDiskEndsTheRunWithItsMessage)
     if (mounted.status != 0)
         GTEST_SKIP() << "cannot mount a tmpfs here: " << mounted.err;
     for (int round = 0; round < 3; ++round) {
-        RunResult result = scenario.run({"-nopmeter", "-counts", "-j", "4", "-outdir", "small"});
+        RunResult result = scenario.run({"-nopmeter", "-counts", "-j", round == 1 ? "2" : "4", "-outdir", "small"});
         EXPECT_EQ(1, result.status) << result.err;
         EXPECT_EQ(0, result.signal);
         EXPECT_NE(std::string::npos, result.err.find("ERROR: cannot write ")) << result.err;
     }
     testsupport::RunProgram(testsupport::ProgramRun{"/bin/umount", "umount", {"small"}, scenario.dir(), {}, {}, 30, 0});
+}
+
+// A listing page whose name is taken by a directory: the run ends with the
+// same message and status whether the page's file is opened by the run, by
+// the file thread of -j 2 or beside page threads (-j 4).
+TEST(Jobs, APageThatCannotBeOpenedEndsTheRunAsWithOneThread)
+{
+    Scenario scenario;
+    Project current, reference;
+    WriteProject(scenario, current, reference);
+    scenario.writeProfiles(current);
+    RunResult plain;
+    std::map<std::string, std::string> written = RunAndCollect(scenario, {"-nopmeter"}, plain);
+    ASSERT_EQ(0, plain.status) << plain.err;
+    std::string listing;
+    for (const auto &file : written)
+        if (file.first.size() > 16 && file.first.compare(file.first.size() - 16, 16, "UNIT7_C_SRC.HTML") == 0)
+            listing = file.first;
+    ASSERT_FALSE(listing.empty());
+    RunResult expected;
+    for (const char *jobs : {"1", "2", "4"}) {
+        std::filesystem::create_directories(scenario.path(listing));
+        RunResult result;
+        RunAndCollect(scenario, {"-nopmeter", "-j", jobs}, result);
+        std::filesystem::remove(scenario.path(listing));
+        EXPECT_EQ(1, result.status) << jobs << ": " << result.err;
+        EXPECT_EQ(0, result.signal) << jobs;
+        if (std::string(jobs) == "1") {
+            expected = result;
+            EXPECT_NE(std::string::npos, result.err.find("for output!")) << result.err;
+            continue;
+        }
+        EXPECT_EQ(expected.out, result.out) << jobs;
+        EXPECT_EQ(expected.err, result.err) << jobs;
+    }
 }
 
 TEST(Jobs, ThreadCountsOutsideOneToSixtyFourAreRefused)

@@ -14,3 +14,17 @@ int vemtra_Exit_Threads(void)
 {
     return threads_at_work.load();
 }
+
+static std::atomic<void (*)(void)> finish_on_exit{nullptr};
+
+void vemtra_Exit_Threads_On_Exit(void (*finish)(void))
+{
+    finish_on_exit = finish;
+}
+
+void vemtra_Exit_Threads_Finish(void)
+{
+    void (*finish)(void) = finish_on_exit.load();
+    if (finish != nullptr)
+        finish();
+}

@@ -12,6 +12,7 @@
 
 void vemtra_Process_Exit(int status)
 {
+    vemtra_Exit_Threads_Finish();
     vemtra_Cut_Rewritten_Files();
     /* With page threads at work, exit() would destroy what they still use;
      * the streams are flushed and the process leaves at once, by the first

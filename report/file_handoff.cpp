@@ -1,0 +1,254 @@
+/* file_handoff.cpp -- the hand-off thread and the streams that feed it. */
+#include "report/file_handoff.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <condition_variable>
+#include <cstring>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include "shared/vemtra/tallyfold/checked_io.h"
+#include "shared/vemtra/tallyfold/exit_threads.h"
+#include "shared/vemtra/tallyfold/process_exit.h"
+
+namespace {
+
+/* A page's file, from the opening of its stream to the closing of the file. */
+struct HandedFile {
+    std::string path;
+    std::string name;
+    OpenFailure failure;
+    FILE *file = nullptr;
+    int writeError = 0; /* errno of the first failed write */
+};
+
+/* One step of one file's writing, in the order the page's maker took it;
+ * a write's bytes lie in the ring. */
+struct Piece {
+    enum Kind { OPEN, WRITE, CLOSE } kind;
+    HandedFile *file;
+    size_t at = 0;
+    size_t length = 0;
+};
+
+/* The pages' bytes wait in a ring, written at its head and taken from its
+ * tail in the order they came: memory touched once and used over and over.
+ * Memory allocated for each piece and freed on the other thread goes back
+ * to the system and is faulted in again, 4 KiB at a time, and a fault here
+ * costs more than writing the 4 KiB to a file. Large enough to keep the
+ * thread busy while the next pieces are made. */
+const size_t RING_SIZE = size_t(2) << 20;
+
+/* The thread is woken when this much waits for it, not at every piece: a
+ * wake-up is a system call on one processor and an interrupt on the other,
+ * and the large report has about 100,000 pieces. */
+const size_t WAKE_BYTES = RING_SIZE / 4;
+const size_t WAKE_PIECES = 64;
+
+std::mutex lock;
+std::condition_variable workWaits; /* the thread waits here for work */
+std::condition_variable roomMade;  /* the makers wait here for room, the end for the last piece */
+std::deque<Piece> pieces;
+std::unique_ptr<char[]> ring;
+uint64_t ringHead = 0; /* bytes put in the ring so far */
+uint64_t ringTail = 0; /* bytes written out of it so far */
+bool sleeping = false; /* the thread waits for work */
+int makersWaiting = 0; /* threads waiting for room in the ring */
+bool writing = false;  /* the thread is at a piece taken from the queue */
+bool draining = false; /* the end waits for every piece: no more come */
+bool stopping = false;
+bool active = false;
+std::thread thread;
+
+/* Whether the sleeping thread has enough to do to be woken (lock held). */
+bool worthWaking()
+{
+    return draining || stopping || pieces.size() >= WAKE_PIECES || ringHead - ringTail >= WAKE_BYTES;
+}
+
+/* Queues `piece` (lock held), waking the thread when it is worth it. */
+void push(const Piece &piece)
+{
+    pieces.push_back(piece);
+    if (sleeping && worthWaking())
+        workWaits.notify_one();
+}
+
+void queue(const Piece &piece)
+{
+    std::lock_guard<std::mutex> hold(lock);
+    push(piece);
+}
+
+/* Copies `length` bytes into the ring, in pieces that fit the room left
+ * and do not pass its end, each queued as soon as it is there. */
+void queueBytes(HandedFile *file, const char *bytes, size_t length)
+{
+    std::unique_lock<std::mutex> hold(lock);
+    while (length > 0) {
+        if (ringHead - ringTail == RING_SIZE) {
+            ++makersWaiting;
+            roomMade.wait(hold, [] { return ringHead - ringTail < RING_SIZE; });
+            --makersWaiting;
+        }
+        size_t at = static_cast<size_t>(ringHead % RING_SIZE);
+        size_t room = RING_SIZE - static_cast<size_t>(ringHead - ringTail);
+        size_t part = std::min({length, room, RING_SIZE - at});
+        memcpy(ring.get() + at, bytes, part);
+        ringHead += part;
+        push(Piece{Piece::WRITE, file, at, part});
+        bytes += part;
+        length -= part;
+    }
+}
+
+void openFile(HandedFile *file)
+{
+    file->file = checked_open_rewritable(file->path.c_str());
+    if (file->file == nullptr) {
+        int error = errno;
+        fprintf(stderr, file->failure.format, file->failure.argument.c_str(), strerror(error));
+        vemtra_Process_Exit(1);
+    }
+    /* Each piece is large and goes to the file in one write. */
+    setvbuf(file->file, nullptr, _IONBF, 0);
+}
+
+void writeFile(HandedFile *file, const char *bytes, size_t length)
+{
+    if (fwrite(bytes, 1, length, file->file) != length && file->writeError == 0)
+        file->writeError = errno != 0 ? errno : EIO;
+}
+
+void closeFile(HandedFile *file)
+{
+    /* The close reports a failed write by the errno it finds. */
+    errno = file->writeError;
+    checked_close_rewritten(file->file, file->name.c_str());
+    delete file;
+}
+
+void work()
+{
+    std::unique_lock<std::mutex> hold(lock);
+    for (;;) {
+        if (pieces.empty()) {
+            if (draining)
+                roomMade.notify_all();
+            sleeping = true;
+            workWaits.wait(hold, [] { return stopping || (!pieces.empty() && worthWaking()); });
+            sleeping = false;
+            if (pieces.empty())
+                return;
+        }
+        Piece piece = pieces.front();
+        pieces.pop_front();
+        writing = true;
+        hold.unlock();
+        switch (piece.kind) {
+        case Piece::OPEN:
+            openFile(piece.file);
+            break;
+        case Piece::WRITE:
+            writeFile(piece.file, ring.get() + piece.at, piece.length);
+            break;
+        case Piece::CLOSE:
+            closeFile(piece.file);
+            break;
+        }
+        hold.lock();
+        writing = false;
+        ringTail += piece.length;
+        /* The makers go on once half the ring is free again. */
+        if (makersWaiting > 0 && ringHead - ringTail <= RING_SIZE / 2)
+            roomMade.notify_all();
+    }
+}
+
+ssize_t streamWrite(void *cookie, const char *bytes, size_t length)
+{
+    /* The exit's flush of every stream may come here from the hand-off
+     * thread itself, which would wait for room only it can make: what a
+     * run that ends so still had to write is dropped. */
+    if (std::this_thread::get_id() != thread.get_id())
+        queueBytes(static_cast<HandedFile *>(cookie), bytes, length);
+    return static_cast<ssize_t>(length);
+}
+
+int streamClose(void *cookie)
+{
+    queue(Piece{Piece::CLOSE, static_cast<HandedFile *>(cookie)});
+    return 0;
+}
+
+/* Before a run that ends early leaves: what was handed off is written out,
+ * as the run would have written it before reaching the end, unless the
+ * end comes from the thread itself. */
+void writeOutBeforeExit()
+{
+    if (std::this_thread::get_id() == thread.get_id())
+        return;
+    std::unique_lock<std::mutex> hold(lock);
+    draining = true;
+    workWaits.notify_one();
+    roomMade.wait(hold, [] { return pieces.empty() && !writing; });
+}
+
+} // namespace
+
+void fileHandoffStart()
+{
+    if (active)
+        return;
+    draining = false;
+    stopping = false;
+    if (ring == nullptr)
+        ring.reset(new char[RING_SIZE]);
+    vemtra_Exit_Threads_Add(1);
+    thread = std::thread(work);
+    active = true;
+    vemtra_Exit_Threads_On_Exit(writeOutBeforeExit);
+}
+
+void fileHandoffFinish()
+{
+    if (!active)
+        return;
+    {
+        std::unique_lock<std::mutex> hold(lock);
+        draining = true;
+        workWaits.notify_one();
+        roomMade.wait(hold, [] { return pieces.empty() && !writing; });
+        stopping = true;
+        workWaits.notify_one();
+    }
+    thread.join();
+    vemtra_Exit_Threads_On_Exit(nullptr);
+    vemtra_Exit_Threads_Add(-1);
+    active = false;
+}
+
+FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailure failure)
+{
+    if (!active)
+        return nullptr;
+    {
+        /* Behind: the maker writes this page itself. */
+        std::lock_guard<std::mutex> hold(lock);
+        if (ringHead - ringTail >= RING_SIZE / 2)
+            return nullptr;
+    }
+    HandedFile *file = new HandedFile{path, name, std::move(failure)};
+    queue(Piece{Piece::OPEN, file});
+    static const cookie_io_functions_t FUNCTIONS = {nullptr, streamWrite, nullptr, streamClose};
+    FILE *stream = fopencookie(file, "w", FUNCTIONS);
+    if (stream == nullptr) {
+        fputs("FATAL ERROR: Out of memory.\n", stderr);
+        vemtra_Process_Exit(2);
+    }
+    return stream;
+}

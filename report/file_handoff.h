@@ -1,0 +1,40 @@
+/* file_handoff.h -- a thread that hands finished page bytes to the file
+ * system (-j). Making a page is the run's work; opening, writing, cutting
+ * and closing its file is the kernel's, and on a machine with two
+ * processors the two can go on side by side. A page is made into a stream
+ * whose bytes are queued for this thread, which writes every file in the
+ * order its pieces came, so the files come out as when the run writes
+ * them itself. A file that cannot be opened or written ends the run from
+ * this thread, with the message the run would have printed.
+ */
+#ifndef VEMCOV_REPORT_FILE_HANDOFF_H
+#define VEMCOV_REPORT_FILE_HANDOFF_H
+
+#include <cstdio>
+#include <string>
+
+/* What a page's maker prints when its file cannot be opened: `format`
+ * with `argument` and, for a second "%s", the system's error text. */
+struct OpenFailure {
+    const char *format;
+    std::string argument;
+};
+
+/* Starts the thread; until fileHandoffFinish, handedOffPage gives streams
+ * whose files it writes. */
+void fileHandoffStart();
+
+/* Returns when every page handed off so far is written and closed; the
+ * thread stops. Nothing when it was not started. */
+void fileHandoffFinish();
+
+/* A stream for the page at `path`: its bytes are written to that file
+ * (opened as checked_open_rewritable opens it) on the hand-off thread.
+ * Close it with checked_close_rewritten (`name` is the file's name in the
+ * messages of a failed write, as there). Null when the thread is not
+ * running, or when half its ring still waits to be written: the maker then
+ * writes the page itself, so that on two processors the writing, the
+ * larger part of the work, is shared rather than waited for. */
+FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailure failure);
+
+#endif

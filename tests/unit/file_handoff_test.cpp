@@ -1,0 +1,128 @@
+// Pages handed off to the file thread (-j): every file comes out whole and
+// in its own bytes, whether the thread wrote it or, when the thread was
+// behind, the maker did; a page larger than the ring goes through it in
+// parts; an earlier file is written over and cut; a file that cannot be
+// opened or written ends the run from the thread with the maker's message,
+// and a run that ends early elsewhere first writes out what it handed off.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "report/file_handoff.h"
+#include "shared/vemtra/tallyfold/checked_io.h"
+#include "shared/vemtra/tallyfold/process_exit.h"
+#include "tests/support/capture.h"
+#include "tests/support/scratch_dir.h"
+
+using testsupport::CaptureInChild;
+using testsupport::Captured;
+using testsupport::ScratchDir;
+
+namespace {
+
+// The text of page `n`: `size` bytes that differ from page to page and
+// along the page, so that a piece written twice, lost or misplaced shows.
+std::string PageText(int n, size_t size)
+{
+    std::string text;
+    text.reserve(size);
+    for (size_t at = 0; text.size() < size; ++at)
+        text += std::to_string(n * 1000003 + static_cast<int>(at % 7919)) + (at % 13 == 0 ? "\n" : " ");
+    text.resize(size);
+    return text;
+}
+
+// Writes `text` as the pages do: a head through the stream's buffer, then
+// large pieces.
+void WritePage(FILE *page, const std::string &text)
+{
+    size_t head = text.size() < 100 ? text.size() : 100;
+    fputs(text.substr(0, head).c_str(), page);
+    for (size_t at = head; at < text.size(); at += 256 * 1024) {
+        size_t piece = std::min(text.size() - at, size_t(256 * 1024));
+        ASSERT_EQ(piece, fwrite(text.data() + at, 1, piece, page));
+    }
+}
+
+TEST(FileHandoff, EveryPageComesOutWholeWhoeverWritesIt)
+{
+    ScratchDir dir;
+    const std::vector<size_t> sizes = {0, 1, 99, 4096, 70000, 300000, 900000, 5 << 20, 12, 600000};
+    std::vector<std::string> texts;
+    fileHandoffStart();
+    int handed = 0;
+    for (int n = 0; n < 60; ++n) {
+        const std::string name = "page" + std::to_string(n) + ".html";
+        texts.push_back(PageText(n, sizes[n % sizes.size()]));
+        if (n % 3 == 0)  // an earlier, longer report's file
+            dir.write(name, std::string(texts.back().size() + 5000, 'x'));
+        const std::string path = dir.path(name);
+        FILE *page = handedOffPage(path, name, {"Cannot open %s for output!\n", name});
+        if (page != nullptr)
+            ++handed;
+        else
+            page = checked_open_rewritable(path.c_str());
+        ASSERT_NE(nullptr, page) << name;
+        WritePage(page, texts.back());
+        checked_close_rewritten(page, name.c_str());
+    }
+    fileHandoffFinish();
+    for (int n = 0; n < 60; ++n)
+        EXPECT_TRUE(dir.read("page" + std::to_string(n) + ".html") == texts[n]) << "page " << n << " differs";
+    EXPECT_GT(handed, 0);
+    // Once stopped, pages are the maker's again.
+    EXPECT_EQ(nullptr, handedOffPage(dir.path("after.html"), "after.html", {"%s", "after.html"}));
+}
+
+// A run that ends early from the maker's side still leaves every page it
+// had closed whole, as a run without the thread would have. The pages are
+// too few and small for the thread to have been woken for them yet.
+TEST(FileHandoff, ARunThatEndsEarlyWritesOutWhatWasHandedOff)
+{
+    ScratchDir dir;
+    const std::string text = PageText(3, 40000);
+    Captured ended = CaptureInChild([&] {
+        fileHandoffStart();
+        for (int n = 0; n < 10; ++n) {
+            const std::string name = "page" + std::to_string(n) + ".html";
+            FILE *page = handedOffPage(dir.path(name), name, {"%s", name});
+            ASSERT_NE(nullptr, page);
+            WritePage(page, text);
+            checked_close_rewritten(page, name.c_str());
+        }
+        vemtra_Process_Exit(1);
+    });
+    EXPECT_EQ(1, ended.status) << ended.err;
+    for (int n = 0; n < 10; ++n)
+        EXPECT_TRUE(dir.read("page" + std::to_string(n) + ".html") == text) << "page " << n << " differs";
+}
+
+TEST(FileHandoff, AFileThatCannotBeOpenedOrWrittenEndsTheRunWithTheMakersMessage)
+{
+    ScratchDir dir;
+    struct Case {
+        std::string path;
+        const char *expected;
+    };
+    const Case cases[] = {
+        {dir.path("missing/page.html"), "Cannot open page.html for output!\n"},
+        {"/dev/full", "ERROR: cannot write page.html: No space left on device\n"},
+    };
+    for (const Case &c : cases) {
+        Captured ended = CaptureInChild([&] {
+            fileHandoffStart();
+            FILE *page = handedOffPage(c.path, "page.html", {"Cannot open %s for output!\n", "page.html"});
+            if (page == nullptr)
+                return;
+            WritePage(page, PageText(1, 5000));
+            checked_close_rewritten(page, "page.html");
+            fileHandoffFinish();
+        });
+        EXPECT_EQ(1, ended.status) << c.path << ": " << ended.err;
+        EXPECT_EQ(c.expected, ended.err) << c.path;
+    }
+}
+
+}  // namespace
