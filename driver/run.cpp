@@ -10,6 +10,7 @@
 #include <new>
 #include <string>
 #include <vector>
+#include <sched.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -172,11 +173,25 @@ static Html5Colours chosenColours()
     return colours;
 }
 
-/* The threads of -j that make pages: the run's own makes them alone up to
- * two threads, the second being the one that writes the files. */
+/* The threads of -j; without it, a thread that writes the files beside
+ * the run's own when the run may use two processors or more (the run then
+ * never writes a page itself before the thread has written the earlier
+ * ones, so a failing run leaves what a run on one thread leaves). */
+static int threads()
+{
+    if (g_jobs > 0)
+        return g_jobs;
+    cpu_set_t usable;
+    if (sched_getaffinity(0, sizeof usable, &usable) == 0 && CPU_COUNT(&usable) >= 2)
+        return 2;
+    return 1;
+}
+
+/* The threads that make pages: the run's own makes them alone up to two
+ * threads, the second being the one that writes the files. */
 static int pageThreads()
 {
-    return g_jobs > 2 ? g_jobs - 2 : 0;
+    return threads() > 2 ? threads() - 2 : 0;
 }
 
 /* The writers of the full road, in the order they write: the documented
@@ -234,9 +249,12 @@ static void analyseModules(std::vector<std::unique_ptr<ReportWriter>> &writers)
  * files come before the meter starts), the modules, the writers' end. */
 static RunReport writeFullRoad()
 {
+    /* The full block files and the exports are written module by module
+     * beside the pages, so the exports are opened after the start. */
+    const bool writesPages = g_bNoHTML == 0 || g_lpszHtml5Out != nullptr;
+    if (writesPages && threads() > 1)
+        fileHandoffStart(g_jobs > 1, {&outtxt, &outxml});
     std::vector<std::unique_ptr<ReportWriter>> writers = reportWriters();
-    if (g_jobs > 1)
-        fileHandoffStart();
     for (const auto &writer : writers)
         writer->beginRun();
     startProgressMeter(numComponents);

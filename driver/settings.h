@@ -39,7 +39,7 @@ extern char *g_lpszOutDir;           /* argv; -outdir: where the HTML report goe
 extern int g_bSummary;               /* -summary: totals on standard output */
 extern double g_minBlockPercent;     /* -minblock, or a negative value for none */
 extern double g_minFuncPercent;      /* -minfunc, or a negative value for none */
-extern int g_jobs;                   /* -j: threads that share the pages' work (1: none beside the run) */
+extern int g_jobs;                   /* -j: threads that share the pages' work (1: none beside the run; 0: not given) */
 extern int g_bCallGraph;             /* -txtdcg given */
 extern int html_output;              /* 1: full road; 0: fast text/XML road */
 extern int g_bNoHTML;                /* -nohtml: full road without HTML */

@@ -3,13 +3,17 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdint>
 #include <condition_variable>
 #include <cstring>
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
+#include <unistd.h>
+#include <vector>
 
 #include "shared/vemtra/tallyfold/checked_io.h"
 #include "shared/vemtra/tallyfold/exit_threads.h"
@@ -24,6 +28,8 @@ struct HandedFile {
     OpenFailure failure;
     FILE *file = nullptr;
     int writeError = 0; /* errno of the first failed write */
+    bool console = false; /* the run's standard output or error */
+    FILE *stream = nullptr; /* the run's stream of a handed stream */
 };
 
 /* One step of one file's writing, in the order the page's maker took it;
@@ -122,6 +128,8 @@ void writeFile(HandedFile *file, const char *bytes, size_t length)
 {
     if (fwrite(bytes, 1, length, file->file) != length && file->writeError == 0)
         file->writeError = errno != 0 ? errno : EIO;
+    if (file->console)
+        fflush(file->file);
 }
 
 void closeFile(HandedFile *file)
@@ -185,32 +193,154 @@ int streamClose(void *cookie)
     return 0;
 }
 
-/* Before a run that ends early leaves: what was handed off is written out,
- * as the run would have written it before reaching the end, unless the
- * end comes from the thread itself. */
-void writeOutBeforeExit()
+/* The run's other outputs while pages are handed off (its standard output
+ * and error, the full block files): what the run writes to them goes
+ * through the queue, so it comes out after the pages made before it, as
+ * when the run writes every file itself. A page that fails on the thread
+ * ends the run before anything written later. */
+struct Diverted {
+    FILE **place;         /* where the run finds the stream */
+    FILE *real;           /* the stream the bytes go to */
+    HandedFile target;    /* the real stream, as the thread writes to it */
+};
+const size_t DIVERTED_MOST = 4;
+Diverted diverted[DIVERTED_MOST];
+size_t divertedCount = 0;
+
+ssize_t divertedWrite(void *cookie, const char *bytes, size_t length)
 {
-    if (std::this_thread::get_id() == thread.get_id())
+    HandedFile *target = static_cast<HandedFile *>(cookie);
+    if (std::this_thread::get_id() != thread.get_id())
+        queueBytes(target, bytes, length);
+    else if (target->console)
+        writeFile(target, bytes, length); /* the thread's own message */
+    /* Else the exit's flush, after a page failed on the thread: the bytes
+     * were written after that page, so they go with the run. */
+    return static_cast<ssize_t>(length);
+}
+
+/* Puts a queued stream in `place`. The standard streams are unbuffered, so
+ * that each message follows the pages made before it at once; the others
+ * are buffered and flushed into the queue before each page. */
+void divert(FILE **place, bool console)
+{
+    if (*place == nullptr || divertedCount == DIVERTED_MOST)
         return;
-    std::unique_lock<std::mutex> hold(lock);
+    Diverted &entry = diverted[divertedCount];
+    fflush(*place);
+    entry.place = place;
+    entry.real = *place;
+    entry.target = HandedFile();
+    entry.target.file = entry.real;
+    entry.target.console = console;
+    static const cookie_io_functions_t FUNCTIONS = {nullptr, divertedWrite, nullptr, nullptr};
+    FILE *stream = fopencookie(&entry.target, "w", FUNCTIONS);
+    if (stream == nullptr)
+        return;
+    if (console)
+        setvbuf(stream, nullptr, _IONBF, 0);
+    *place = stream;
+    ++divertedCount;
+}
+
+/* The streams of files the run opened itself and writes module by module
+ * (the exports), while they are open: their bytes go through the queue. */
+std::vector<FILE *> handedStreams;
+std::thread::id starter; /* the run's own thread, which writes them */
+
+/* The run's directory when the thread started, with a "/": the thread
+ * opens page files by full names, because the run's own thread changes
+ * its directory for a moment while it resolves a source's directory. */
+std::string startDir;
+
+/* Whether a maker writes its next page itself when the thread is behind. */
+bool makersShare = false;
+
+int handedStreamClose(void *cookie)
+{
+    HandedFile *file = static_cast<HandedFile *>(cookie);
+    handedStreams.erase(std::find(handedStreams.begin(), handedStreams.end(), file->stream));
+    queue(Piece{Piece::CLOSE, file});
+    return 0;
+}
+
+/* Hands what the diverted and handed streams hold to the queue; only the
+ * run's own thread writes to them. */
+void flushDiverted()
+{
+    if (std::this_thread::get_id() != starter)
+        return;
+    for (size_t i = 0; i < divertedCount; ++i)
+        fflush(*diverted[i].place);
+    for (FILE *stream : handedStreams)
+        fflush(stream);
+}
+
+/* Puts the real streams back; with `close`, the queued ones are closed. */
+void undivert(bool close)
+{
+    for (size_t i = 0; i < divertedCount; ++i) {
+        FILE *queued = *diverted[i].place;
+        *diverted[i].place = diverted[i].real;
+        if (close)
+            fclose(queued);
+    }
+    if (close)
+        divertedCount = 0;
+}
+
+/* Waits until every piece queued is written (lock held). */
+void waitForTheLastPiece(std::unique_lock<std::mutex> &hold)
+{
     draining = true;
     workWaits.notify_one();
     roomMade.wait(hold, [] { return pieces.empty() && !writing; });
 }
 
+/* Before a run that ends early leaves: what was handed off, pages and
+ * messages, is written out, as the run would have written it before
+ * reaching the end, unless the end comes from the thread itself. */
+void writeOutBeforeExit()
+{
+    if (std::this_thread::get_id() == thread.get_id())
+        return;
+    flushDiverted();
+    {
+        std::unique_lock<std::mutex> hold(lock);
+        waitForTheLastPiece(hold);
+    }
+    undivert(false);
+}
+
 } // namespace
 
-void fileHandoffStart()
+void fileHandoffStart(bool shareWriting, const std::vector<FILE **> &alsoDiverted)
 {
     if (active)
         return;
+    char here[PATH_MAX];
+    if (getcwd(here, sizeof here) == nullptr)
+        return;
+    startDir = std::string(here) + "/";
+    makersShare = shareWriting;
     draining = false;
     stopping = false;
     if (ring == nullptr)
         ring.reset(new char[RING_SIZE]);
+    /* Without the thread (the system refuses one), the run writes its
+     * pages itself. */
+    try {
+        thread = std::thread(work);
+    } catch (const std::system_error &) {
+        return;
+    }
     vemtra_Exit_Threads_Add(1);
-    thread = std::thread(work);
     active = true;
+    starter = std::this_thread::get_id();
+    divert(&stdout, true);
+    divert(&stderr, true);
+    for (FILE **place : alsoDiverted)
+        divert(place, false);
     vemtra_Exit_Threads_On_Exit(writeOutBeforeExit);
 }
 
@@ -218,31 +348,42 @@ void fileHandoffFinish()
 {
     if (!active)
         return;
+    flushDiverted();
     {
         std::unique_lock<std::mutex> hold(lock);
-        draining = true;
-        workWaits.notify_one();
-        roomMade.wait(hold, [] { return pieces.empty() && !writing; });
+        waitForTheLastPiece(hold);
         stopping = true;
         workWaits.notify_one();
     }
     thread.join();
+    undivert(true);
     vemtra_Exit_Threads_On_Exit(nullptr);
     vemtra_Exit_Threads_Add(-1);
     active = false;
+}
+
+void fileHandoffWait()
+{
+    if (!active || std::this_thread::get_id() == thread.get_id())
+        return;
+    flushDiverted();
+    std::unique_lock<std::mutex> hold(lock);
+    waitForTheLastPiece(hold);
+    draining = false;
 }
 
 FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailure failure)
 {
     if (!active)
         return nullptr;
-    {
+    if (makersShare) {
         /* Behind: the maker writes this page itself. */
         std::lock_guard<std::mutex> hold(lock);
         if (ringHead - ringTail >= RING_SIZE / 2)
             return nullptr;
     }
-    HandedFile *file = new HandedFile{path, name, std::move(failure)};
+    flushDiverted();
+    HandedFile *file = new HandedFile{path[0] == '/' ? path : startDir + path, name, std::move(failure)};
     queue(Piece{Piece::OPEN, file});
     static const cookie_io_functions_t FUNCTIONS = {nullptr, streamWrite, nullptr, streamClose};
     FILE *stream = fopencookie(file, "w", FUNCTIONS);
@@ -250,5 +391,22 @@ FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailur
         fputs("FATAL ERROR: Out of memory.\n", stderr);
         vemtra_Process_Exit(2);
     }
+    return stream;
+}
+
+FILE *handedOffStream(FILE *real, const std::string &name)
+{
+    if (!active || real == nullptr)
+        return real;
+    HandedFile *file = new HandedFile{name, name, OpenFailure{"", ""}};
+    file->file = real;
+    static const cookie_io_functions_t FUNCTIONS = {nullptr, divertedWrite, nullptr, handedStreamClose};
+    FILE *stream = fopencookie(file, "w", FUNCTIONS);
+    if (stream == nullptr) {
+        delete file;
+        return real;
+    }
+    file->stream = stream;
+    handedStreams.push_back(stream);
     return stream;
 }

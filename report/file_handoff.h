@@ -12,6 +12,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 /* What a page's maker prints when its file cannot be opened: `format`
  * with `argument` and, for a second "%s", the system's error text. */
@@ -21,20 +22,38 @@ struct OpenFailure {
 };
 
 /* Starts the thread; until fileHandoffFinish, handedOffPage gives streams
- * whose files it writes. */
-void fileHandoffStart();
+ * whose files it writes. The standard output and error, and the streams
+ * in `alsoDiverted` (null ones are left), are replaced until then by
+ * streams whose bytes reach them through the thread, in order with the
+ * pages. With `shareWriting`, a maker writes its next page itself while
+ * the thread is behind: faster on two processors, but a run that fails on
+ * the thread may then leave pages made after the one that failed. When
+ * the system refuses a thread, nothing changes. */
+void fileHandoffStart(bool shareWriting, const std::vector<FILE **> &alsoDiverted = {});
 
 /* Returns when every page handed off so far is written and closed; the
  * thread stops. Nothing when it was not started. */
 void fileHandoffFinish();
 
+/* Returns when every page handed off so far is written and closed, and
+ * what the run printed meanwhile is out: a file the run then writes
+ * itself comes after them, as when it writes every file. */
+void fileHandoffWait();
+
 /* A stream for the page at `path`: its bytes are written to that file
  * (opened as checked_open_rewritable opens it) on the hand-off thread.
  * Close it with checked_close_rewritten (`name` is the file's name in the
  * messages of a failed write, as there). Null when the thread is not
- * running, or when half its ring still waits to be written: the maker then
- * writes the page itself, so that on two processors the writing, the
- * larger part of the work, is shared rather than waited for. */
+ * running, or, when makers share the writing, when half its ring still
+ * waits to be written: the maker then writes the page itself, so that on
+ * two processors the writing, the larger part of the work, is shared
+ * rather than waited for. */
 FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailure failure);
+
+/* While pages are handed off: a stream whose bytes reach `real`, a file
+ * the run opened itself and writes module by module, through the thread
+ * in order with the pages (`real` itself otherwise). Closing it closes
+ * `real` there, with checked_close_output's check (`name` in its message). */
+FILE *handedOffStream(FILE *real, const std::string &name);
 
 #endif

@@ -159,7 +159,11 @@ TEST(Jobs, AFullDiskEndsTheRunWithItsMessage)
 
 // A listing page whose name is taken by a directory: the run ends with the
 // same message and status whether the page's file is opened by the run, by
-// the file thread of -j 2 or beside page threads (-j 4).
+// the file thread (-j 2, and the default on two processors) or beside page
+// threads (-j 4). Without page threads it also prints the same progress
+// and leaves the same files, the full block files and the view's pages
+// included: what the run printed and wrote after that page waits behind it
+// and goes with the run.
 TEST(Jobs, APageThatCannotBeOpenedEndsTheRunAsWithOneThread)
 {
     Scenario scenario;
@@ -174,21 +178,35 @@ TEST(Jobs, APageThatCannotBeOpenedEndsTheRunAsWithOneThread)
         if (file.first.size() > 16 && file.first.compare(file.first.size() - 16, 16, "UNIT7_C_SRC.HTML") == 0)
             listing = file.first;
     ASSERT_FALSE(listing.empty());
+    const std::vector<std::string> outputs = {"-txtbcvrgfull", "full.txt", "-xmlbcvrgfull", "full.xml",
+                                              "-lcov",         "cov.info", "-html5",        "view"};
+    const std::vector<std::vector<std::string>> runs = {{"-j", "1"}, {"-j", "2"}, {}, {"-j", "4"}};
     RunResult expected;
-    for (const char *jobs : {"1", "2", "4"}) {
+    std::map<std::string, std::string> expectedFiles;
+    for (const std::vector<std::string> &jobs : runs) {
+        const std::string shown = jobs.empty() ? "default" : jobs[1];
+        std::vector<std::string> options = outputs;
+        options.insert(options.end(), jobs.begin(), jobs.end());
         std::filesystem::create_directories(scenario.path(listing));
         RunResult result;
-        RunAndCollect(scenario, {"-nopmeter", "-j", jobs}, result);
+        std::map<std::string, std::string> files = RunAndCollect(scenario, options, result);
         std::filesystem::remove(scenario.path(listing));
-        EXPECT_EQ(1, result.status) << jobs << ": " << result.err;
-        EXPECT_EQ(0, result.signal) << jobs;
-        if (std::string(jobs) == "1") {
+        EXPECT_EQ(1, result.status) << shown << ": " << result.err;
+        EXPECT_EQ(0, result.signal) << shown;
+        if (shown == "1") {
             expected = result;
+            expectedFiles = files;
             EXPECT_NE(std::string::npos, result.err.find("for output!")) << result.err;
+            EXPECT_NE(std::string::npos, result.out.find("Progress: ")) << result.out;
             continue;
         }
-        EXPECT_EQ(expected.out, result.out) << jobs;
-        EXPECT_EQ(expected.err, result.err) << jobs;
+        EXPECT_EQ(expected.err, result.err) << shown;
+        if (shown == "4")
+            continue;
+        EXPECT_EQ(expected.out, result.out) << shown;
+        EXPECT_TRUE(expectedFiles == files) << shown << ": other files";
+        for (const auto &f : files) if (expectedFiles.count(f.first) == 0 || expectedFiles[f.first] != f.second) printf("extra/diff %s %zu %zu\n", f.first.c_str(), f.second.size(), expectedFiles[f.first].size());
+        for (const auto &f : expectedFiles) if (files.count(f.first) == 0) printf("missing %s\n", f.first.c_str());
     }
 }
 

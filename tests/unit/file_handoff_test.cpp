@@ -4,7 +4,11 @@
 // parts; an earlier file is written over and cut; a file that cannot be
 // opened or written ends the run from the thread with the maker's message,
 // and a run that ends early elsewhere first writes out what it handed off.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdio>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -46,34 +50,41 @@ void WritePage(FILE *page, const std::string &text)
     }
 }
 
+// With the writing shared, some pages may be the maker's; without, every
+// page goes through the thread.
 TEST(FileHandoff, EveryPageComesOutWholeWhoeverWritesIt)
 {
-    ScratchDir dir;
     const std::vector<size_t> sizes = {0, 1, 99, 4096, 70000, 300000, 900000, 5 << 20, 12, 600000};
-    std::vector<std::string> texts;
-    fileHandoffStart();
-    int handed = 0;
-    for (int n = 0; n < 60; ++n) {
-        const std::string name = "page" + std::to_string(n) + ".html";
-        texts.push_back(PageText(n, sizes[n % sizes.size()]));
-        if (n % 3 == 0)  // an earlier, longer report's file
-            dir.write(name, std::string(texts.back().size() + 5000, 'x'));
-        const std::string path = dir.path(name);
-        FILE *page = handedOffPage(path, name, {"Cannot open %s for output!\n", name});
-        if (page != nullptr)
-            ++handed;
+    for (bool share : {true, false}) {
+        ScratchDir dir;
+        std::vector<std::string> texts;
+        fileHandoffStart(share);
+        int handed = 0;
+        for (int n = 0; n < 60; ++n) {
+            const std::string name = "page" + std::to_string(n) + ".html";
+            texts.push_back(PageText(n, sizes[n % sizes.size()]));
+            if (n % 3 == 0)  // an earlier, longer report's file
+                dir.write(name, std::string(texts.back().size() + 5000, 'x'));
+            const std::string path = dir.path(name);
+            FILE *page = handedOffPage(path, name, {"Cannot open %s for output!\n", name});
+            if (page != nullptr)
+                ++handed;
+            else
+                page = checked_open_rewritable(path.c_str());
+            ASSERT_NE(nullptr, page) << name;
+            WritePage(page, texts.back());
+            checked_close_rewritten(page, name.c_str());
+        }
+        fileHandoffFinish();
+        for (int n = 0; n < 60; ++n)
+            EXPECT_TRUE(dir.read("page" + std::to_string(n) + ".html") == texts[n]) << "page " << n << " differs";
+        if (share)
+            EXPECT_GT(handed, 0);
         else
-            page = checked_open_rewritable(path.c_str());
-        ASSERT_NE(nullptr, page) << name;
-        WritePage(page, texts.back());
-        checked_close_rewritten(page, name.c_str());
+            EXPECT_EQ(60, handed);
+        // Once stopped, pages are the maker's again.
+        EXPECT_EQ(nullptr, handedOffPage(dir.path("after.html"), "after.html", {"%s", "after.html"}));
     }
-    fileHandoffFinish();
-    for (int n = 0; n < 60; ++n)
-        EXPECT_TRUE(dir.read("page" + std::to_string(n) + ".html") == texts[n]) << "page " << n << " differs";
-    EXPECT_GT(handed, 0);
-    // Once stopped, pages are the maker's again.
-    EXPECT_EQ(nullptr, handedOffPage(dir.path("after.html"), "after.html", {"%s", "after.html"}));
 }
 
 // A run that ends early from the maker's side still leaves every page it
@@ -84,7 +95,7 @@ TEST(FileHandoff, ARunThatEndsEarlyWritesOutWhatWasHandedOff)
     ScratchDir dir;
     const std::string text = PageText(3, 40000);
     Captured ended = CaptureInChild([&] {
-        fileHandoffStart();
+        fileHandoffStart(true);
         for (int n = 0; n < 10; ++n) {
             const std::string name = "page" + std::to_string(n) + ".html";
             FILE *page = handedOffPage(dir.path(name), name, {"%s", name});
@@ -97,6 +108,30 @@ TEST(FileHandoff, ARunThatEndsEarlyWritesOutWhatWasHandedOff)
     EXPECT_EQ(1, ended.status) << ended.err;
     for (int n = 0; n < 10; ++n)
         EXPECT_TRUE(dir.read("page" + std::to_string(n) + ".html") == text) << "page " << n << " differs";
+}
+
+// A page named relative to the run's directory lands there even when the
+// thread opens it while the run has stepped into another directory (as it
+// does for a moment to resolve a source's directory). The page is too
+// small for the thread to be woken before the end.
+TEST(FileHandoff, RelativeNamesAreTheRunsDirectorysAtTheStart)
+{
+    ScratchDir dir;
+    ASSERT_EQ(0, mkdir(dir.path("elsewhere").c_str(), 0755));
+    Captured ended = CaptureInChild([&] {
+        if (chdir(dir.path("").c_str()) != 0)
+            _exit(5);
+        fileHandoffStart(true);
+        FILE *page = handedOffPage("page.html", "page.html", {"%s", "page.html"});
+        WritePage(page, "the page");
+        checked_close_rewritten(page, "page.html");
+        if (chdir("elsewhere") != 0)
+            _exit(6);
+        fileHandoffFinish();
+    });
+    EXPECT_EQ(0, ended.status) << ended.err;
+    EXPECT_EQ("the page", dir.read("page.html"));
+    EXPECT_FALSE(std::ifstream(dir.path("elsewhere/page.html")).good());
 }
 
 TEST(FileHandoff, AFileThatCannotBeOpenedOrWrittenEndsTheRunWithTheMakersMessage)
@@ -112,7 +147,7 @@ TEST(FileHandoff, AFileThatCannotBeOpenedOrWrittenEndsTheRunWithTheMakersMessage
     };
     for (const Case &c : cases) {
         Captured ended = CaptureInChild([&] {
-            fileHandoffStart();
+            fileHandoffStart(true);
             FILE *page = handedOffPage(c.path, "page.html", {"Cannot open %s for output!\n", "page.html"});
             if (page == nullptr)
                 return;

@@ -3,8 +3,10 @@
 #include "shared/vemtra/client/src_root.h"
 
 #include <cstdlib>
+#include <climits>
 #include <cstring>
 #include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "shared/vemtra/tallyfold/checked_alloc.h"
@@ -104,14 +106,13 @@ const char *vemtra_Physical_Dir(const char *dir)
         return physical_dir.c_str();
     }
 
-    char saved[VEMTRA_PATH_MAX];
-    char mapped[VEMTRA_PATH_MAX];
-    bool entered = false;
-    if (getcwd(saved, sizeof saved) != nullptr && chdir(dir) == 0) {
-        entered = getcwd(mapped, sizeof mapped) != nullptr;
-        if (chdir(saved) != 0)
-            entered = false;
-    }
+    /* The directory's physical name is the one the run would find by
+     * entering it and asking where it is. It is found without entering:
+     * other threads (-j) open files by relative names meanwhile. */
+    char mapped[PATH_MAX > VEMTRA_PATH_MAX ? PATH_MAX : VEMTRA_PATH_MAX];
+    struct stat status;
+    bool entered = stat(dir, &status) == 0 && S_ISDIR(status.st_mode) && access(dir, X_OK) == 0 &&
+                   realpath(dir, mapped) != nullptr && strlen(mapped) < VEMTRA_PATH_MAX;
 
     last_dir_checked = dir;
     last_dir_was_mapped = entered ? 1 : 0;
