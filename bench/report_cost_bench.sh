@@ -2,7 +2,7 @@
 # The cost of the documented report beside the floor under it, in one run:
 # a generated project of 2,000 files, 120,000 functions and 2.65 million
 # source lines; vemcov without HTML and with the full report, also with
-# -j 2, each also over its own earlier files (user and system time, wall
+# -j 1 and -j 2, the report and -j 2 also over their own earlier files (user and system time, wall
 # time, peak memory), and the time it takes merely to read every source and
 # write a tree of the same files with the same bytes (bench/write_floor),
 # both into a new directory and over the files of the round's first run. Each command runs ROUNDS times (5
@@ -37,8 +37,11 @@ for round in $(seq "$ROUNDS"); do
     # floor's files: neither needs new files, disk blocks or cache pages.
     measure "vemcov (documented report, re-run)" "$VEMCOV" -nopmeter -outdir "$(place report)"
     floor src "$(place report)" "$(place floor)" "read sources + write same over"
-    # The same with the file thread of -j 2: the processor's work then
-    # overlaps the kernel's writing of the files. Again over its files.
+    # On one thread (the default runs a thread that writes the files on a
+    # machine with two processors), and with -j 2, where the run also
+    # writes pages itself when that thread falls behind. Again over its
+    # files.
+    measure "vemcov (documented report, -j 1)" "$VEMCOV" -nopmeter -j 1 -outdir "$(place report-j1)"
     measure "vemcov (documented report, -j 2)" "$VEMCOV" -nopmeter -j 2 -outdir "$(place report-j2)"
     measure "vemcov (-j 2, re-run)" "$VEMCOV" -nopmeter -j 2 -outdir "$(place report-j2)"
     if [ -n "$BASELINE" ]; then
