@@ -1,5 +1,5 @@
 /* file_handoff.h -- a thread that hands finished page bytes to the file
- * system (-j). Making a page is the run's work; opening, writing, cutting
+ * system (on two processors, and with -j). Making a page is the run's work; opening, writing, cutting
  * and closing its file is the kernel's, and on a machine with two
  * processors the two can go on side by side. A page is made into a stream
  * whose bytes are queued for this thread, which writes every file in the
