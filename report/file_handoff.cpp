@@ -249,8 +249,9 @@ std::vector<FILE *> handedStreams;
 std::thread::id starter; /* the run's own thread, which writes them */
 
 /* The run's directory when the thread started, with a "/": the thread
- * opens page files by full names, because the run's own thread changes
- * its directory for a moment while it resolves a source's directory. */
+ * opens page files by full names, so that a change of the run's directory
+ * while a page waits (none is made now; resolving a source's directory
+ * once entered it) cannot move the page. */
 std::string startDir;
 
 /* Whether a maker writes its next page itself when the thread is behind. */
@@ -383,7 +384,10 @@ FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailur
             return nullptr;
     }
     flushDiverted();
-    HandedFile *file = new HandedFile{path[0] == '/' ? path : startDir + path, name, std::move(failure)};
+    /* A full name too long for the system keeps the run's relative one
+     * (the run no longer changes its directory; the full name is a guard). */
+    const bool relative = path[0] != '/' && startDir.size() + path.size() < PATH_MAX;
+    HandedFile *file = new HandedFile{relative ? startDir + path : path, name, std::move(failure)};
     queue(Piece{Piece::OPEN, file});
     static const cookie_io_functions_t FUNCTIONS = {nullptr, streamWrite, nullptr, streamClose};
     FILE *stream = fopencookie(file, "w", FUNCTIONS);

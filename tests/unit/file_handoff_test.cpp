@@ -9,6 +9,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -132,6 +133,39 @@ TEST(FileHandoff, RelativeNamesAreTheRunsDirectorysAtTheStart)
     EXPECT_EQ(0, ended.status) << ended.err;
     EXPECT_EQ("the page", dir.read("page.html"));
     EXPECT_FALSE(std::ifstream(dir.path("elsewhere/page.html")).good());
+}
+
+// Where the full name would be too long for the system but the relative
+// one is not, the page is written by its relative name.
+TEST(FileHandoff, ARelativeNameStaysWhenTheFullOneIsTooLong)
+{
+    ScratchDir dir;
+    Captured ended = CaptureInChild([&] {
+        const std::string step(200, 'd');
+        if (chdir(dir.path("").c_str()) != 0)
+            _exit(5);
+        for (int depth = 0; depth < 16; ++depth)  // the run's directory: over 3,200 bytes
+            if (mkdir(step.c_str(), 0755) != 0 || chdir(step.c_str()) != 0)
+                _exit(6);
+        std::string relative;
+        for (int depth = 0; depth < 5; ++depth) {  // the page's: over 1,000 more
+            relative += step + "/";
+            if (mkdir(relative.c_str(), 0755) != 0)
+                _exit(7);
+        }
+        relative += "page.html";
+        fileHandoffStart(false);
+        FILE *page = handedOffPage(relative, "page.html", {"Cannot open %s for output!\n", "page.html"});
+        if (page == nullptr)
+            _exit(8);
+        WritePage(page, "the page");
+        checked_close_rewritten(page, "page.html");
+        fileHandoffFinish();
+        std::ifstream written(relative);
+        std::string text((std::istreambuf_iterator<char>(written)), std::istreambuf_iterator<char>());
+        _exit(text == "the page" ? 0 : 9);
+    });
+    EXPECT_EQ(0, ended.status) << ended.err;
 }
 
 TEST(FileHandoff, AFileThatCannotBeOpenedOrWrittenEndsTheRunWithTheMakersMessage)

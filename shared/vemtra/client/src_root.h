@@ -28,8 +28,9 @@ void VEMTRA_Src_Root_Dir_Set(const char *path, int32_t expand);
  * buffer shared by all callers until the next call. */
 const char *vemtra_Simplify_Path(const char *path);
 
-/* Maps a directory to its physical path: the working directory after a
- * chdir into it, or `dir` itself when it cannot be entered. One-entry cache.
+/* Maps a directory to its physical path: the working directory a chdir
+ * into it would give (found without entering it, which would move every
+ * thread), or `dir` itself when it cannot be entered. One-entry cache.
  * The result lives in a buffer shared until the next call. */
 const char *vemtra_Physical_Dir(const char *dir);
 
