@@ -15,6 +15,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "shared/vemtra/tallyfold/checked_alloc.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 #include "shared/vemtra/tallyfold/exit_threads.h"
 #include "shared/vemtra/tallyfold/process_exit.h"
@@ -65,7 +66,7 @@ uint64_t ringTail = 0; /* bytes written out of it so far */
 bool sleeping = false; /* the thread waits for work */
 int makersWaiting = 0; /* threads waiting for room in the ring */
 bool writing = false;  /* the thread is at a piece taken from the queue */
-bool draining = false; /* the end waits for every piece: no more come */
+bool draining = false; /* a thread waits for every piece queued to be written */
 bool stopping = false;
 bool active = false;
 std::thread thread;
@@ -391,10 +392,8 @@ FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailur
     queue(Piece{Piece::OPEN, file});
     static const cookie_io_functions_t FUNCTIONS = {nullptr, streamWrite, nullptr, streamClose};
     FILE *stream = fopencookie(file, "w", FUNCTIONS);
-    if (stream == nullptr) {
-        fputs("FATAL ERROR: Out of memory.\n", stderr);
-        vemtra_Process_Exit(2);
-    }
+    if (stream == nullptr)
+        VEMTRA_Out_Of_Memory();
     return stream;
 }
 
