@@ -13,8 +13,10 @@
 #include <system_error>
 #include <thread>
 #include <unistd.h>
+#include <unordered_map>
 #include <vector>
 
+#include "report/page_buffers.h"
 #include "shared/vemtra/tallyfold/checked_alloc.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 #include "shared/vemtra/tallyfold/exit_threads.h"
@@ -34,27 +36,44 @@ struct HandedFile {
 };
 
 /* One step of one file's writing, in the order the page's maker took it;
- * a write's bytes lie in the ring. */
+ * a write's bytes lie in the ring, or in a page buffer handed over whole
+ * (`owned`), which goes back to the page buffers once written. */
 struct Piece {
     enum Kind { OPEN, WRITE, CLOSE } kind;
     HandedFile *file;
     size_t at = 0;
     size_t length = 0;
+    char *owned = nullptr;
 };
 
-/* The pages' bytes wait in a ring, written at its head and taken from its
- * tail in the order they came: memory touched once and used over and over.
- * Memory allocated for each piece and freed on the other thread goes back
- * to the system and is faulted in again, 4 KiB at a time, and a fault here
- * costs more than writing the 4 KiB to a file. Large enough to keep the
- * thread busy while the next pieces are made. */
-const size_t RING_SIZE = size_t(2) << 20;
+/* Bytes copied into the queue (what reaches a page's stream other than
+ * through its page writer's full buffers, and the diverted streams) wait
+ * in a ring, written at its head and taken from its tail in the order they
+ * came: memory touched once and used over and over. Memory allocated for
+ * each piece and freed on the other thread goes back to the system and is
+ * faulted in again, 4 KiB at a time, and a fault here costs more than
+ * writing the 4 KiB to a file. */
+const size_t RING_SIZE = size_t(1) << 20;
 
 /* The thread is woken when this much waits for it, not at every piece: a
  * wake-up is a system call on one processor and an interrupt on the other,
- * and the large report has about 100,000 pieces. */
-const size_t WAKE_BYTES = RING_SIZE / 4;
+ * and the large report has about 100,000 pieces. At most the ring's size,
+ * so that a full ring wakes it. */
+const size_t WAKE_BYTES = RING_SIZE / 2;
 const size_t WAKE_PIECES = 64;
+
+/* A page buffer holding at least this much is handed over whole instead
+ * of copied into the ring: the copy of every byte of the report cost the
+ * run about a tenth of its processor time. Smaller pieces (a page's last
+ * lines written through its stream, a line of counters) are copied. */
+const size_t OWNED_LEAST = size_t(16) << 10;
+/* Page buffers waiting for the thread at most; the thread is woken when
+ * half that many wait. */
+const int OWNED_MOST = 8;
+
+/* The makers write the next page themselves (when they share the
+ * writing) while this much still waits. */
+const size_t SHARE_BYTES = size_t(1) << 20;
 
 std::mutex lock;
 std::condition_variable workWaits; /* the thread waits here for work */
@@ -63,18 +82,28 @@ std::deque<Piece> pieces;
 std::unique_ptr<char[]> ring;
 uint64_t ringHead = 0; /* bytes put in the ring so far */
 uint64_t ringTail = 0; /* bytes written out of it so far */
+int ownedCount = 0;    /* page buffers queued and not yet written */
+size_t ownedBytes = 0; /* the bytes they hold */
 bool sleeping = false; /* the thread waits for work */
 int makersWaiting = 0; /* threads waiting for room in the ring */
+int ownersWaiting = 0; /* threads waiting to hand over a page buffer */
 bool writing = false;  /* the thread is at a piece taken from the queue */
 bool draining = false; /* a thread waits for every piece queued to be written */
 bool stopping = false;
 bool active = false;
 std::thread thread;
 
+/* Bytes queued and not yet written (lock held). */
+uint64_t bytesWaiting()
+{
+    return ringHead - ringTail + ownedBytes;
+}
+
 /* Whether the sleeping thread has enough to do to be woken (lock held). */
 bool worthWaking()
 {
-    return draining || stopping || pieces.size() >= WAKE_PIECES || ringHead - ringTail >= WAKE_BYTES;
+    return draining || stopping || pieces.size() >= WAKE_PIECES || bytesWaiting() >= WAKE_BYTES ||
+           ownedCount >= OWNED_MOST / 2;
 }
 
 /* Queues `piece` (lock held), waking the thread when it is worth it. */
@@ -133,12 +162,16 @@ void writeFile(HandedFile *file, const char *bytes, size_t length)
         fflush(file->file);
 }
 
+/* Records of files closed, used again for later pages: a record freed on
+ * this thread after the maker's thread allocated it costs each thread's
+ * allocator more than keeping it (lock held). */
+std::vector<HandedFile *> spareFiles;
+
 void closeFile(HandedFile *file)
 {
     /* The close reports a failed write by the errno it finds. */
     errno = file->writeError;
     checked_close_rewritten(file->file, file->name.c_str());
-    delete file;
 }
 
 void work()
@@ -163,7 +196,12 @@ void work()
             openFile(piece.file);
             break;
         case Piece::WRITE:
-            writeFile(piece.file, ring.get() + piece.at, piece.length);
+            if (piece.owned != nullptr) {
+                writeFile(piece.file, piece.owned, piece.length);
+                givePageBuffer(piece.owned);
+            } else {
+                writeFile(piece.file, ring.get() + piece.at, piece.length);
+            }
             break;
         case Piece::CLOSE:
             closeFile(piece.file);
@@ -171,9 +209,18 @@ void work()
         }
         hold.lock();
         writing = false;
-        ringTail += piece.length;
-        /* The makers go on once half the ring is free again. */
-        if (makersWaiting > 0 && ringHead - ringTail <= RING_SIZE / 2)
+        if (piece.owned != nullptr) {
+            --ownedCount;
+            ownedBytes -= piece.length;
+        } else {
+            ringTail += piece.length;
+        }
+        if (piece.kind == Piece::CLOSE)
+            spareFiles.push_back(piece.file);
+        /* The makers go on once half the ring, or half the page buffers
+         * waiting at most, are free again. */
+        if ((makersWaiting > 0 && ringHead - ringTail <= RING_SIZE / 2) ||
+            (ownersWaiting > 0 && ownedCount <= OWNED_MOST / 2))
             roomMade.notify_all();
     }
 }
@@ -188,10 +235,41 @@ ssize_t streamWrite(void *cookie, const char *bytes, size_t length)
     return static_cast<ssize_t>(length);
 }
 
+/* The pages' streams, for handing their page buffers over (lock held). */
+std::unordered_map<FILE *, HandedFile *> pageStreams;
+
 int streamClose(void *cookie)
 {
-    queue(Piece{Piece::CLOSE, static_cast<HandedFile *>(cookie)});
+    HandedFile *file = static_cast<HandedFile *>(cookie);
+    std::lock_guard<std::mutex> hold(lock);
+    pageStreams.erase(file->stream);
+    push(Piece{Piece::CLOSE, file});
     return 0;
+}
+
+/* A record for a new file: one used before when there is one. */
+HandedFile *newHandedFile(std::string path, const std::string &name, OpenFailure failure)
+{
+    HandedFile *file = nullptr;
+    {
+        std::lock_guard<std::mutex> hold(lock);
+        if (!spareFiles.empty()) {
+            file = spareFiles.back();
+            spareFiles.pop_back();
+        }
+    }
+    if (file == nullptr)
+        return new HandedFile{std::move(path), name, std::move(failure)};
+    /* The strings keep their room: assigning rarely allocates. */
+    file->path.assign(path);
+    file->name.assign(name);
+    file->failure.format = failure.format;
+    file->failure.argument.assign(failure.argument);
+    file->file = nullptr;
+    file->writeError = 0;
+    file->console = false;
+    file->stream = nullptr;
+    return file;
 }
 
 /* The run's other outputs while pages are handed off (its standard output
@@ -381,20 +459,51 @@ FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailur
     if (makersShare) {
         /* Behind: the maker writes this page itself. */
         std::lock_guard<std::mutex> hold(lock);
-        if (ringHead - ringTail >= RING_SIZE / 2)
+        if (bytesWaiting() >= SHARE_BYTES)
             return nullptr;
     }
     flushDiverted();
     /* A full name too long for the system keeps the run's relative one
      * (the run no longer changes its directory; the full name is a guard). */
     const bool relative = path[0] != '/' && startDir.size() + path.size() < PATH_MAX;
-    HandedFile *file = new HandedFile{relative ? startDir + path : path, name, std::move(failure)};
-    queue(Piece{Piece::OPEN, file});
+    HandedFile *file = newHandedFile(relative ? startDir + path : path, name, std::move(failure));
     static const cookie_io_functions_t FUNCTIONS = {nullptr, streamWrite, nullptr, streamClose};
     FILE *stream = fopencookie(file, "w", FUNCTIONS);
     if (stream == nullptr)
         VEMTRA_Out_Of_Memory();
+    file->stream = stream;
+    std::lock_guard<std::mutex> hold(lock);
+    pageStreams.emplace(stream, file);
+    push(Piece{Piece::OPEN, file});
     return stream;
+}
+
+bool handOffPageBuffer(FILE *stream, char *buffer, size_t length)
+{
+    if (!active || length < OWNED_LEAST)
+        return false;
+    HandedFile *file;
+    {
+        std::lock_guard<std::mutex> hold(lock);
+        auto found = pageStreams.find(stream);
+        if (found == pageStreams.end())
+            return false;
+        file = found->second;
+    }
+    /* What the stream holds was written before the buffer's bytes. */
+    fflush(stream);
+    std::unique_lock<std::mutex> hold(lock);
+    if (ownedCount == OWNED_MOST) {
+        ++ownersWaiting;
+        roomMade.wait(hold, [] { return ownedCount < OWNED_MOST; });
+        --ownersWaiting;
+    }
+    ++ownedCount;
+    ownedBytes += length;
+    Piece piece{Piece::WRITE, file, 0, length};
+    piece.owned = buffer;
+    push(piece);
+    return true;
 }
 
 FILE *handedOffStream(FILE *real, const std::string &name)

@@ -50,6 +50,13 @@ void fileHandoffWait();
  * rather than waited for. */
 FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailure failure);
 
+/* Hands the `length` bytes of `buffer` (from takePageBuffer) to the
+ * thread for the page of `stream` (from handedOffPage), after what the
+ * stream holds; the buffer goes back to the page buffers once written.
+ * False, and nothing done, for any other stream and for a short piece,
+ * which is cheaper copied through the stream. */
+bool handOffPageBuffer(FILE *stream, char *buffer, size_t length);
+
 /* While pages are handed off: a stream whose bytes reach `real`, a file
  * the run opened itself and writes module by module, through the thread
  * in order with the pages (`real` itself otherwise). Closing it closes

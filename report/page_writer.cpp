@@ -7,6 +7,8 @@
 #include <string>
 #include <unistd.h>
 
+#include "report/file_handoff.h"
+
 void PageWriter::putEscapedLong(const char *text, size_t length, const EscapeSet &escapes)
 {
     while (length > 0) {
@@ -19,8 +21,14 @@ void PageWriter::putEscapedLong(const char *text, size_t length, const EscapeSet
 
 void PageWriter::flush()
 {
-    if (used_ != 0)
-        writeOut(buffer_.get(), used_);
+    if (used_ == 0)
+        return;
+    /* A page the file thread writes takes the buffer itself, without a
+     * copy; the next bytes go into another. */
+    if (stream_ != nullptr && handOffPageBuffer(stream_, buffer_, used_))
+        buffer_ = takePageBuffer();
+    else
+        writeOut(buffer_, used_);
     used_ = 0;
 }
 

@@ -10,19 +10,23 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <string>
 
+#include "report/page_buffers.h"
 #include "report/page_escapes.h"
 
 class PageWriter {
 public:
     /* Writes into `stream`, which stays the caller's to close. */
-    explicit PageWriter(FILE *stream) : stream_(stream), buffer_(new char[CAPACITY]) {}
+    explicit PageWriter(FILE *stream) : stream_(stream), buffer_(takePageBuffer()) {}
     /* Writes onto the end of `text` (each flush appends what was built):
      * for pieces made once and copied into several pages. */
-    explicit PageWriter(std::string *text) : text_(text), buffer_(new char[CAPACITY]) {}
-    ~PageWriter() { flush(); }
+    explicit PageWriter(std::string *text) : text_(text), buffer_(takePageBuffer()) {}
+    ~PageWriter()
+    {
+        flush();
+        givePageBuffer(buffer_);
+    }
     PageWriter(const PageWriter &) = delete;
     PageWriter &operator=(const PageWriter &) = delete;
 
@@ -44,7 +48,7 @@ public:
                 return;
             }
         }
-        memcpy(buffer_.get() + used_, text, length);
+        memcpy(buffer_ + used_, text, length);
         used_ += length;
     }
     void put(char c)
@@ -73,9 +77,9 @@ public:
     {
         if (length > CAPACITY - used_)
             flush();
-        return buffer_.get() + used_;
+        return buffer_ + used_;
     }
-    void commit(const char *end) { used_ = static_cast<size_t>(end - buffer_.get()); }
+    void commit(const char *end) { used_ = static_cast<size_t>(end - buffer_); }
 
     /* "%d" and "%u" of the value. */
     void putInt(int64_t value)
@@ -123,13 +127,10 @@ private:
     void putEscapedLong(const char *text, size_t length, const EscapeSet &escapes);
     void writeOut(const char *bytes, size_t length);
 
-    /* Larger than nearly every page, so that a page reaches its file in one
-     * write, which also lets the kernel keep it in large pages of its cache
-     * (a page written in small pieces is cached in 4 KiB ones). */
-    static const size_t CAPACITY = 1 << 18;
+    static const size_t CAPACITY = PAGE_BUFFER_SIZE;
     FILE *stream_ = nullptr;
     std::string *text_ = nullptr;
-    std::unique_ptr<char[]> buffer_;
+    char *buffer_;
     size_t used_ = 0;
 };
 

@@ -1,9 +1,11 @@
 // Pages handed off to the file thread (-j): every file comes out whole and
 // in its own bytes, whether the thread wrote it or, when the thread was
 // behind, the maker did; a page larger than the ring goes through it in
-// parts; an earlier file is written over and cut; a file that cannot be
-// opened or written ends the run from the thread with the maker's message,
-// and a run that ends early elsewhere first writes out what it handed off.
+// parts, and a page writer's full buffers are taken over whole, in order
+// with what went through the stream; an earlier file is written over and
+// cut; a file that cannot be opened or written ends the run from the
+// thread with the maker's message, and a run that ends early elsewhere
+// first writes out what it handed off.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +18,7 @@
 #include <gtest/gtest.h>
 
 #include "report/file_handoff.h"
+#include "report/page_writer.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 #include "shared/vemtra/tallyfold/process_exit.h"
 #include "tests/support/capture.h"
@@ -39,15 +42,24 @@ std::string PageText(int n, size_t size)
     return text;
 }
 
-// Writes `text` as the pages do: a head through the stream's buffer, then
-// large pieces.
+// Writes `text` as the pages do: a head through the stream's own buffer,
+// then parts built in a page writer (whose full buffers the thread takes
+// over whole) between parts written through the stream.
 void WritePage(FILE *page, const std::string &text)
 {
-    size_t head = text.size() < 100 ? text.size() : 100;
+    size_t head = std::min(text.size(), size_t(100));
     fputs(text.substr(0, head).c_str(), page);
-    for (size_t at = head; at < text.size(); at += 256 * 1024) {
-        size_t piece = std::min(text.size() - at, size_t(256 * 1024));
-        ASSERT_EQ(piece, fwrite(text.data() + at, 1, piece, page));
+    size_t at = head;
+    for (int part = 0; at < text.size(); ++part) {
+        size_t piece = std::min(text.size() - at, size_t(part % 2 == 0 ? 700000 : 3000));
+        if (part % 2 == 0) {
+            PageWriter writer(page);
+            for (size_t done = 0; done < piece; done += 50000)
+                writer.put(text.data() + at + done, std::min(piece - done, size_t(50000)));
+        } else {
+            ASSERT_EQ(piece, fwrite(text.data() + at, 1, piece, page));
+        }
+        at += piece;
     }
 }
 
