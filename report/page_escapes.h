@@ -72,13 +72,18 @@ inline unsigned escapesIn(__m128i chunk, const EscapeSet &escapes)
 #endif
 
 /* Copies `text` to `out` with its escapes replaced; `out` has room for
- * LONGEST bytes per input byte plus sixteen. Returns the end. */
-inline char *escapeInto(char *out, const char *text, size_t length, const EscapeSet &escapes)
+ * LONGEST bytes per input byte plus sixteen. With `StopAtLineFeed`, the
+ * copy ends at the first line feed, which is taken but not copied. Returns
+ * the end of the copy; `*taken` is the number of bytes of `text` taken
+ * (all of them unless a line feed stopped the copy). */
+template <bool StopAtLineFeed>
+inline char *escapeUntil(char *out, const char *text, size_t length, const EscapeSet &escapes, size_t *taken)
 {
     const char *p = text;
     const char *end = text + length;
 #if defined(__SSE2__)
     if (escapes.count > 0) {
+        const __m128i lineFeed = _mm_set1_epi8('\n');
         for (;;) {
             size_t left = static_cast<size_t>(end - p);
             if (left == 0)
@@ -92,9 +97,12 @@ inline char *escapeInto(char *out, const char *text, size_t length, const Escape
                 valid = (1u << left) - 1;
             }
             /* The chunk is stored whole; only the bytes before the first
-             * escape count. */
+             * escape (or line feed) count. */
             _mm_storeu_si128(reinterpret_cast<__m128i *>(out), chunk);
-            unsigned mask = escapesIn(chunk, escapes) & valid;
+            unsigned mask = escapesIn(chunk, escapes);
+            if (StopAtLineFeed)
+                mask |= static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(chunk, lineFeed)));
+            mask &= valid;
             if (mask == 0) {
                 size_t plain = left < 16 ? left : 16;
                 p += plain;
@@ -104,14 +112,23 @@ inline char *escapeInto(char *out, const char *text, size_t length, const Escape
             unsigned plain = static_cast<unsigned>(__builtin_ctz(mask));
             p += plain;
             out += plain;
+            if (StopAtLineFeed && *p == '\n') {
+                *taken = static_cast<size_t>(p + 1 - text);
+                return out;
+            }
             int which = escapes.slot[static_cast<unsigned char>(*p++)] - 1;
             memcpy(out, escapes.replacement[which], EscapeSet::LONGEST);
             out += escapes.length[which];
         }
+        *taken = length;
         return out;
     }
 #endif
     for (; p < end; ++p) {
+        if (StopAtLineFeed && *p == '\n') {
+            *taken = static_cast<size_t>(p + 1 - text);
+            return out;
+        }
         int which = escapes.slot[static_cast<unsigned char>(*p)];
         if (which == 0) {
             *out++ = *p;
@@ -120,7 +137,16 @@ inline char *escapeInto(char *out, const char *text, size_t length, const Escape
         memcpy(out, escapes.replacement[which - 1], EscapeSet::LONGEST);
         out += escapes.length[which - 1];
     }
+    *taken = length;
     return out;
+}
+
+/* Copies `text` to `out` with its escapes replaced (as escapeUntil, to the
+ * end of `text`). */
+inline char *escapeInto(char *out, const char *text, size_t length, const EscapeSet &escapes)
+{
+    size_t taken;
+    return escapeUntil<false>(out, text, length, escapes, &taken);
 }
 
 #endif

@@ -95,11 +95,13 @@ void writeLineNumber(FILE *page, uint32_t line)
 }
 
 /* The line colours' texts, each in a room of its own so that a short one
- * is copied in one fixed-size move. */
+ * is copied in one fixed-size move, and which of them read the same (two
+ * colours may be given one text). */
 struct LineColours {
     static const size_t ROOM = 32;
     char text[8][ROOM];
     size_t length[8];
+    bool same[8][8];
     LineColours()
     {
         for (int colour = 0; colour < 8; ++colour) {
@@ -109,7 +111,35 @@ struct LineColours {
             if (value != nullptr && length[colour] <= ROOM)
                 memcpy(text[colour], value, length[colour]);
         }
+        for (int one = 0; one < 8; ++one) {
+            for (int other = 0; other < 8; ++other) {
+                const char *a = takeBGColor(one), *b = takeBGColor(other);
+                same[one][other] = a == b || (a != nullptr && b != nullptr && strcmp(a, b) == 0);
+            }
+        }
     }
+};
+
+/* Whether each line in turn is infeasible: the ranges are sorted and
+ * apart, and the lines are asked for in ascending order. */
+class InfeasibleLines {
+public:
+    explicit InfeasibleLines(const parser *infeasible)
+        : ranges(infeasible != nullptr ? &infeasible->disabled_ranges() : nullptr)
+    {
+    }
+    bool at(uint32_t line)
+    {
+        if (ranges == nullptr)
+            return false;
+        while (next < ranges->size() && (*ranges)[next].second < line)
+            ++next;
+        return next < ranges->size() && (*ranges)[next].first <= line;
+    }
+
+private:
+    const std::vector<std::pair<uint64_t, uint64_t>> *ranges;
+    size_t next = 0;
 };
 
 /* A line's opening, in one piece: its number as "%6u) " (numbers above
@@ -178,19 +208,41 @@ static void WriteSrcFileFooter(FILE *page, const ListingOptions &options)
     writePageFoot(page, options.ownerAddress, options.ownerName);
 }
 
+/* The four characters of markup, which source text shows as entities. */
+static const EscapeSet SOURCE_ESCAPES{{'"', "&quot;"}, {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}};
+
 /* Copies source text into the page: the four characters of markup as
  * entities, a line feed as the end of the line's anchor. */
 static void copyText(PageWriter &page, const char *text, size_t length)
 {
     /* A line feed can only end a line's text: it closes the anchor after
      * the rest is escaped. */
-    static const EscapeSet escapes{{'"', "&quot;"}, {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}};
     if (length == 0)
         return;
     bool lineEnd = text[length - 1] == '\n';
-    page.putEscaped(text, length - lineEnd, escapes);
+    page.putEscaped(text, length - lineEnd, SOURCE_ESCAPES);
     if (lineEnd)
         page.putLiteral(LINE_END);
+}
+
+/* Copies the reader's next line into the page as copyText does, finding
+ * its end while copying: for a line without recorded positions, the
+ * larger part, whose text is wanted only once. */
+static void copyNextLine(PageWriter &page, SourceLineReader &reader)
+{
+    const char *text;
+    size_t length;
+    while (reader.available(&text, &length)) {
+        size_t piece = std::min(length, PageWriter::ESCAPED_PIECE);
+        size_t taken;
+        page.commit(escapeUntil<true>(page.room(piece * EscapeSet::LONGEST + 16), text, piece, SOURCE_ESCAPES,
+                                      &taken));
+        reader.take(taken);
+        if (text[taken - 1] == '\n') {
+            page.putLiteral(LINE_END);
+            return;
+        }
+    }
 }
 
 static bool appendMarkers(MarkerLine *marker, const char *text, size_t length)
@@ -242,8 +294,9 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
     uint32_t line = 0;
     LineDigits digits;
     const LineColours colours;
+    InfeasibleLines infeasibleLines(file.infeasible);
     bool started = false;
-    while (reader.nextLine(&text, &length)) {
+    while (reader.available(&text, &length)) {
         ++line;
         started = true;
 
@@ -255,13 +308,17 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
             if (function != nullptr && function->line == static_cast<int64_t>(line))
                 currentClass = function->not_in_reference ? COLOR_UNCOVERED_FUNCTION : COLOR_COVERED;
         }
-        bool infeasible = file.infeasible != nullptr && file.infeasible->is_disabled_line(line);
+        bool infeasible = infeasibleLines.at(line);
         digits.next();
 
-        /* 2. The line opens in the colour of the position where its text
-         *    begins, past the leading blanks. */
+        /* 2. A line with recorded positions opens in the colour of the
+         *    position where its text begins, past the leading blanks; one
+         *    without (most lines) in the colour in force, and is copied as
+         *    it is read. */
         linePositions(*file.store, line, positions);
-        if (!positions.empty()) {
+        const bool plain = positions.empty();
+        if (!plain) {
+            reader.nextLine(&text, &length);
             size_t blanks = 0;
             while (blanks < LOOK_AHEAD_MAX && blanks < length && (text[blanks] == ' ' || text[blanks] == '\t'))
                 ++blanks;
@@ -269,11 +326,17 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
                 currentClass = classifyNode(node, options.reference);
         }
         putLineOpening(out, digits, line, colours, infeasible ? COLOR_INFEASIBLE : currentClass);
+        if (plain) {
+            copyNextLine(out, reader);
+            marker->length = 0;
+            marker->text[0] = '\0';
+            continue;
+        }
 
         /* 3. The text, with a colour change at each recorded position whose
          *    colour differs from the one in force. Only a feasible line
-         *    with positions can have markers. */
-        bool markers = options.counts && !infeasible && !positions.empty();
+         *    can have markers. */
+        bool markers = options.counts && !infeasible;
         /* The text goes out in pieces from one position to the next (a
          * position's character begins the piece after its colour change);
          * the marker line has a '^' under each position. */
@@ -288,7 +351,7 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
                 return false;
             marked = at + 1;
             int newClass = classifyNode(node, options.reference);
-            if (!infeasible && strcmp(takeBGColor(newClass), takeBGColor(currentClass)) != 0)
+            if (!infeasible && !colours.same[newClass][currentClass])
                 changeColor(out, newClass, currentClass);
             currentClass = newClass;
         }

@@ -27,6 +27,24 @@ public:
      * valid until the next call. */
     bool nextLine(const char **text, size_t *length);
 
+    /* The bytes read and not yet taken, reading more when none are left;
+     * false when nothing is left. For a reader that finds the line's end
+     * itself while copying. */
+    bool available(const char **text, size_t *length)
+    {
+        if (start == end && !fill() && start == end)
+            return false;
+        *text = buffer.data() + start;
+        *length = end - start;
+        return true;
+    }
+    /* Takes the first `length` bytes of those available. */
+    void take(size_t length)
+    {
+        start += length;
+        scanned = 0;
+    }
+
 private:
     /* Reads more of the file behind the unread bytes; false when nothing
      * more can come. */

@@ -1,8 +1,9 @@
 // The annotated listing where the end-to-end pages cannot reach: the
 // look-ahead limit, an infeasible line's positions, counter labels and their
 // spacing, the information colour, a long marker line, positions past a
-// line's end, line numbers past 999999 and the adjusted last block. Pages
-// are compared from "<pre>" on.
+// line's end, line numbers past 999999, the adjusted last block, and lines
+// with and without positions across the reading buffer. Pages are compared
+// from "<pre>" on.
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "report/colors.h"
 #include "analysis/coverage_store.h"
 #include "report/source_listing.h"
+#include "report/source_reader.h"
 #include "tests/support/memory_stream.h"
 #include "tests/support/scenario.h"
 #include "tests/support/scratch_dir.h"
@@ -44,12 +46,12 @@ public:
         return std::string(label, counterLabel(label, store_, line, column));
     }
 
-    // The listed lines with -counts: the page after "<pre>\n", up to the
-    // foot.
-    std::string Lines(const parser *infeasible = nullptr)
+    // The listed lines, with -counts unless told: the page after
+    // "<pre>\n", up to the foot.
+    std::string Lines(const parser *infeasible = nullptr, bool counts = true)
     {
         ListingSource file{path_.c_str(), 0.0, 0.0, &store_, infeasible, nullptr};
-        ListingOptions options{true, false, false, "nobody", "Nobody"};
+        ListingOptions options{counts, false, false, "nobody", "Nobody"};
         FILE *source = fopen(path_.c_str(), "r");
         MemoryStream page;
         MarkerLine marker;
@@ -140,6 +142,51 @@ TEST(SourceListing, MarkerLineGrowsPastItsFirstSize)
     c.Block(1, 2500, 1);
     c.Block(1, 2999, 2);
     testsupport::ExpectSameAsFile("listing_long_marker_line.html", c.Lines());
+}
+
+// A line without recorded positions is copied as it is read, one with
+// positions in pieces between them: the same text either way, for lines
+// across the reading buffer and longer than it, markup characters
+// anywhere, and a last line cut by a byte 0xFF.
+TEST(SourceListing, ALineReadsTheSameWithOrWithoutPositions)
+{
+    std::vector<std::string> lines;
+    std::string bytes;
+    for (int i = 0; bytes.size() < 2 * SOURCE_READ_CHUNK; ++i) {
+        std::string line(i == 40 ? SOURCE_READ_CHUNK + 100 : 1 + (i * 7919) % 3000, static_cast<char>('a' + i % 26));
+        for (size_t at = i % 17; at < line.size(); at += 13 + i % 7)
+            line[at] = "<>&\"\t"[at % 5];
+        lines.push_back(line + "\n");
+        bytes += lines.back();
+    }
+    lines.push_back("last <line>");
+    bytes += lines.back() + "\xff rest\n";
+
+    // Each line as the page shows it, escaped here one byte at a time.
+    std::string expected;
+    for (size_t n = 1; n <= lines.size(); ++n) {
+        expected += std::string(n < 10 ? "     " : n < 100 ? "    " : "   ") + std::to_string(n) + ") <a name=\"l" +
+                    std::to_string(n) + "\" style=\"background-color: #ffffff\">";
+        for (char c : lines[n - 1]) {
+            switch (c) {
+            case '<': expected += "&lt;"; break;
+            case '>': expected += "&gt;"; break;
+            case '&': expected += "&amp;"; break;
+            case '"': expected += "&quot;"; break;
+            case '\n': expected += "</a>\n"; break;
+            default: expected += c;
+            }
+        }
+    }
+
+    ListingCase plain(bytes);
+    EXPECT_TRUE(plain.Lines(nullptr, false) == expected);
+    // A covered position where each line begins: the same colour as the
+    // one in force, so no change shows.
+    ListingCase positioned(bytes);
+    for (uint32_t n = 1; n <= lines.size(); ++n)
+        positioned.Block(n, 1, 1);
+    EXPECT_TRUE(positioned.Lines(nullptr, false) == expected);
 }
 
 TEST(SourceListing, NumbersLinesUpTo999999)
