@@ -98,7 +98,7 @@ bool coverage_list::bSetName(const char *path)
         printf(MSG_FILE_NOT_FOUND, path);
         return false;
     }
-    node->lineSlots = countLines(source) + 1;
+    node->lineSlots = countLinesKeeping(source, SOURCE_KEPT_BELOW, &node->sourceBytes, &node->sourceSize) + 1;
     fclose(source);
     node->lineTable = static_cast<block_list_node **>(
         calloc(static_cast<size_t>(node->lineSlots) + 1, sizeof(block_list_node *)));
@@ -290,12 +290,23 @@ int coverage_list::uiGetFilenames(int *coveredCountOut, filename_list_node ***co
     return uncovered;
 }
 
+const char *coverage_list::currentSourceBytes(size_t *size) const
+{
+    if (currentFile == nullptr || currentFile->sourceBytes == nullptr) {
+        *size = 0;
+        return nullptr;
+    }
+    *size = currentFile->sourceSize;
+    return currentFile->sourceBytes;
+}
+
 void coverage_list::deleteCurrentFile()
 {
     file_list_node *file = currentFile;
     if (file == nullptr)
         return;
     free(file->lineTable);
+    free(file->sourceBytes);
     chunkInUse = 0;
     usedInChunk = 0;
     free(file->path);

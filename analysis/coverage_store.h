@@ -37,7 +37,14 @@ struct file_list_node {
     block_list_node **lineTable; /* lineSlots + 1 heads indexed by line; null if unreadable */
     char *path;                  /* copy of the source path as given */
     uint32_t lineSlots;          /* number of lines + 1 */
+    char *sourceBytes;           /* the source as read to count its lines, or null (not kept) */
+    size_t sourceSize;           /* their number */
 };
+
+/* Sources smaller than this are kept in memory from the count of their
+ * lines to their listing, which then does not open and read them again;
+ * a larger one is read twice rather than held whole. */
+const size_t SOURCE_KEPT_BELOW = size_t(16) << 20;
 
 /* One source file of the run with its totals; lives until exit. */
 struct filename_list_node {
@@ -112,6 +119,10 @@ public:
      * an array cannot be allocated. The arrays belong to the caller. */
     int uiGetFilenames(int *coveredCountOut, filename_list_node ***coveredListOut,
                        int *uncoveredCountOut, filename_list_node ***uncoveredListOut);
+
+    /* The current file's bytes as read when it was named, or null when
+     * they were not kept (see SOURCE_KEPT_BELOW); `*size` their number. */
+    const char *currentSourceBytes(size_t *size) const;
 
     /* Frees the current file's position table and clears currentFile. */
     void deleteCurrentFile();

@@ -1,6 +1,10 @@
 /* line_count.cpp -- counting a source file's lines. */
 #include "analysis/line_count.h"
 
+#include <sys/stat.h>
+
+#include <cstdlib>
+
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -49,3 +53,43 @@ uint32_t countLines(FILE *stream)
     return lines;
 }
 
+
+/* The lines of `size` bytes: their newlines, plus one when the last byte
+ * is not a newline. */
+static uint32_t linesOf(const char *bytes, size_t size)
+{
+    uint32_t lines = countNewlines(bytes, size);
+    if (size > 0 && bytes[size - 1] != '\n')
+        ++lines;
+    return lines;
+}
+
+uint32_t countLinesKeeping(FILE *stream, size_t keepBelow, char **kept, size_t *size)
+{
+    *kept = nullptr;
+    *size = 0;
+    struct stat info;
+    if (fstat(fileno(stream), &info) != 0 || !S_ISREG(info.st_mode) || info.st_size < 0 ||
+        static_cast<uint64_t>(info.st_size) >= keepBelow)
+        return countLines(stream);
+    /* One byte more than the file holds: a read that fills it all means the
+     * file grew, and the rest is counted as it comes. */
+    size_t room = static_cast<size_t>(info.st_size) + 1;
+    char *bytes = static_cast<char *>(malloc(room));
+    if (bytes == nullptr)
+        return countLines(stream);
+    size_t got = fread(bytes, 1, room, stream);
+    if (got < room && !ferror(stream)) {
+        *kept = bytes;
+        *size = got;
+        return linesOf(bytes, got);
+    }
+    /* The newlines read so far, then the rest of the stream's. */
+    uint32_t lines = countNewlines(bytes, got);
+    int last = got > 0 ? static_cast<unsigned char>(bytes[got - 1]) : EOF;
+    free(bytes);
+    if (ferror(stream))
+        return lines + (last != EOF && last != '\n');
+    uint32_t rest = countLines(stream);
+    return rest > 0 ? lines + rest : lines + (last != EOF && last != '\n');
+}

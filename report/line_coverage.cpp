@@ -27,6 +27,8 @@ static bool writeListing(const ModulePages &module, const char *ext, ListingWork
     MarkerLine marker;
     markerLineCreate(&marker);
 
+    /* The source is opened even when its bytes were kept: a source that
+     * went away since its lines were counted still ends the listing. */
     FILE *source = VEMTRA_Open_Regular_File(path);
     if (source == nullptr) {
         fprintf(stderr, "Error - Cannot open %s!\n", path);
@@ -40,6 +42,10 @@ static bool writeListing(const ModulePages &module, const char *ext, ListingWork
         markerLineFree(&marker);
         return false;
     }
+    /* The bytes read when the module's lines were counted (the store's
+     * current file is the module's): not read a second time. */
+    size_t keptSize = 0;
+    const char *kept = module.store->currentSourceBytes(&keptSize);
 
     ListingSource file;
     file.path = path;
@@ -48,6 +54,8 @@ static bool writeListing(const ModulePages &module, const char *ext, ListingWork
     file.store = module.store;
     file.infeasible = module.infeasible;
     file.functionsByLine = module.functionsByLine;
+    file.bytes = kept;
+    file.size = keptSize;
     ListingOptions options;
     options.counts = g_bXCOUNTS != 0;
     options.reference = compWithRef != 0;

@@ -277,15 +277,14 @@ static const block_list_node *positionAt(const std::vector<const block_list_node
     return nullptr;
 }
 
-bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, const ListingOptions &options,
-                        MarkerLine *marker, std::vector<char> &readBuffer)
+static bool writeListingOf(FILE *page, SourceLineReader &reader, const ListingSource &file,
+                           const ListingOptions &options, MarkerLine *marker)
 {
     /* The head goes through the page writer too, so that a page comes out
      * in one piece. */
     PageWriter out(page);
     WriteSrcFileHeader(out, file, options.reference);
 
-    SourceLineReader reader(source, readBuffer);
     int currentClass = options.reference ? COLOR_COVERED : COLOR_UNKNOWN;
     const COMP *function = file.functionsByLine;
     std::vector<const block_list_node *> positions;
@@ -372,4 +371,15 @@ bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, con
     if (started)
         WriteSrcFileFooter(page, options);
     return true;
+}
+
+bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, const ListingOptions &options,
+                        MarkerLine *marker, std::vector<char> &readBuffer)
+{
+    if (file.bytes != nullptr) {
+        SourceLineReader reader(file.bytes, file.size);
+        return writeListingOf(page, reader, file, options, marker);
+    }
+    SourceLineReader reader(source, readBuffer);
+    return writeListingOf(page, reader, file, options, marker);
 }

@@ -33,6 +33,8 @@ struct ListingSource {
     coverage_list *store;          /* its current file holds the positions */
     const parser *infeasible;      /* the file's infeasible lines, or null */
     const COMP *functionsByLine;   /* -ref: the file's functions ascending by line */
+    const char *bytes = nullptr;   /* the source read whole before, or null: read from the stream */
+    size_t size = 0;               /* the number of those bytes */
 };
 
 /* The colour class of a recorded position from what the store holds for it:
@@ -44,8 +46,9 @@ int classifyPosition(uint64_t count, uint32_t blocks, uint32_t executed, bool la
 /* "%6u) " with `line`; lines above 999999 are numbered 999999. */
 void writeLineNumber(FILE *page, uint32_t line);
 
-/* Copies the source stream into the listing page: head, lines, and the foot
- * when at least one line was listed. `marker` is an empty marker line and
+/* Copies the source into the listing page: head, lines, and the foot when
+ * at least one line was listed. The source is `file.bytes` when there are
+ * any, else read from `source`. `marker` is an empty marker line and
  * `readBuffer` the reading buffer kept across files. False only when the
  * marker line cannot grow. */
 bool writeSourceListing(FILE *page, FILE *source, const ListingSource &file, const ListingOptions &options,

@@ -4,10 +4,17 @@
 
 #include <cstring>
 
-SourceLineReader::SourceLineReader(FILE *stream_, std::vector<char> &buffer_) : stream(stream_), buffer(buffer_)
+SourceLineReader::SourceLineReader(FILE *stream_, std::vector<char> &buffer_) : stream(stream_), buffer(&buffer_)
 {
-    if (buffer.size() < SOURCE_READ_CHUNK)
-        buffer.resize(SOURCE_READ_CHUNK);
+    if (buffer->size() < SOURCE_READ_CHUNK)
+        buffer->resize(SOURCE_READ_CHUNK);
+    data = buffer->data();
+}
+
+SourceLineReader::SourceLineReader(const char *bytes, size_t size) : data(bytes), finished(true)
+{
+    const void *stop = memchr(bytes, 0xFF, size);
+    end = stop != nullptr ? static_cast<size_t>(static_cast<const char *>(stop) - bytes) : size;
 }
 
 bool SourceLineReader::fill()
@@ -17,21 +24,23 @@ bool SourceLineReader::fill()
     /* Keep the unread bytes at the front; a line longer than the buffer
      * doubles it. */
     if (start > 0) {
-        memmove(buffer.data(), buffer.data() + start, end - start);
+        memmove(buffer->data(), buffer->data() + start, end - start);
         end -= start;
         start = 0;
     }
-    if (end == buffer.size())
-        buffer.resize(buffer.size() * 2);
+    if (end == buffer->size()) {
+        buffer->resize(buffer->size() * 2);
+        data = buffer->data();
+    }
 
-    size_t got = fread(buffer.data() + end, 1, buffer.size() - end, stream);
+    size_t got = fread(buffer->data() + end, 1, buffer->size() - end, stream);
     if (got == 0) {
         finished = true;
         return false;
     }
-    const void *stop = memchr(buffer.data() + end, 0xFF, got);
+    const void *stop = memchr(buffer->data() + end, 0xFF, got);
     if (stop != nullptr) {
-        got = static_cast<const char *>(stop) - (buffer.data() + end);
+        got = static_cast<const char *>(stop) - (buffer->data() + end);
         finished = true;
     }
     end += got;
@@ -41,7 +50,7 @@ bool SourceLineReader::fill()
 bool SourceLineReader::nextLine(const char **text, size_t *length)
 {
     for (;;) {
-        const char *from = buffer.data() + start;
+        const char *from = data + start;
         const void *newline = memchr(from + scanned, '\n', end - start - scanned);
         if (newline != nullptr) {
             size_t size = static_cast<const char *>(newline) - from + 1;
@@ -56,7 +65,7 @@ bool SourceLineReader::nextLine(const char **text, size_t *length)
             if (start == end)
                 return false;
             /* The last line, without a line feed. */
-            *text = buffer.data() + start;
+            *text = data + start;
             *length = end - start;
             start = end;
             scanned = 0;

@@ -21,6 +21,9 @@ public:
     /* Reads `stream` through `buffer`, which the caller keeps between files
      * so that it is allocated once per run. */
     SourceLineReader(FILE *stream, std::vector<char> &buffer);
+    /* Reads the `size` bytes of a file read whole before, which stay the
+     * caller's and valid while the reader is used. */
+    SourceLineReader(const char *bytes, size_t size);
 
     /* The next line: its bytes, the line feed included when it has one (only
      * the last line can lack it). False when nothing is left. The bytes stay
@@ -34,7 +37,7 @@ public:
     {
         if (start == end && !fill() && start == end)
             return false;
-        *text = buffer.data() + start;
+        *text = data + start;
         *length = end - start;
         return true;
     }
@@ -50,8 +53,9 @@ private:
      * more can come. */
     bool fill();
 
-    FILE *stream;
-    std::vector<char> &buffer;
+    FILE *stream = nullptr;
+    std::vector<char> *buffer = nullptr; /* the reading buffer, null for bytes read before */
+    const char *data;     /* the bytes: the buffer's, or those read before */
     size_t start = 0;     /* first unread byte */
     size_t end = 0;       /* end of the bytes read */
     size_t scanned = 0;   /* bytes from start already searched for a line feed */

@@ -34,6 +34,8 @@ Fetched Fetch(coverage_list &store, uint32_t line, uint32_t col)
 
 }  // namespace
 
+// The lines are counted whatever the last byte; the bytes read for it are
+// kept for the listing, unless the file is too large to hold.
 TEST(CoverageStore, LineSlotsCountLinesWhateverTheLastByte)
 {
     testsupport::ScratchDir dir;
@@ -41,6 +43,12 @@ TEST(CoverageStore, LineSlotsCountLinesWhateverTheLastByte)
         EXPECT_TRUE(testsupport::WriteBytes(dir.path("s.c"), bytes));
         coverage_list store;
         EXPECT_TRUE(store.bSetName(dir.path("s.c").c_str()));
+        size_t size = 0;
+        const char *kept = store.currentSourceBytes(&size);
+        if (bytes.size() < SOURCE_KEPT_BELOW)
+            EXPECT_TRUE(kept != nullptr && std::string(kept, size) == bytes) << bytes.size();
+        else
+            EXPECT_EQ(nullptr, kept);
         return store.currentFile->lineSlots;
     };
     EXPECT_EQ(slotsOf(""), 1u);
@@ -50,6 +58,8 @@ TEST(CoverageStore, LineSlotsCountLinesWhateverTheLastByte)
     EXPECT_EQ(slotsOf(std::string("\0\xff\n\0", 4)), 3u);  // any byte is a character
     // A megabyte on one line, crossing the read buffer's edge.
     EXPECT_EQ(slotsOf(std::string(1 << 20, 'x') + "\n" + std::string(70000, 'y')), 3u);
+    // Too large to keep: counted as it is read.
+    EXPECT_EQ(slotsOf(std::string(SOURCE_KEPT_BELOW, '\n') + "z"), SOURCE_KEPT_BELOW + 2);
     // Newlines counted sixteen bytes at a time: dense runs longer than a
     // lane's count can hold before it is summed, and ragged ends.
     for (size_t length : {15, 16, 17, 4079, 4080, 4081, 70001}) {

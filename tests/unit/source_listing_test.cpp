@@ -47,10 +47,15 @@ public:
     }
 
     // The listed lines, with -counts unless told: the page after
-    // "<pre>\n", up to the foot.
-    std::string Lines(const parser *infeasible = nullptr, bool counts = true)
+    // "<pre>\n", up to the foot. With `kept`, from the bytes the store
+    // kept when it counted the lines, else read from the file.
+    std::string Lines(const parser *infeasible = nullptr, bool counts = true, bool kept = false)
     {
         ListingSource file{path_.c_str(), 0.0, 0.0, &store_, infeasible, nullptr};
+        if (kept) {
+            file.bytes = store_.currentSourceBytes(&file.size);
+            EXPECT_NE(nullptr, file.bytes);
+        }
         ListingOptions options{counts, false, false, "nobody", "Nobody"};
         FILE *source = fopen(path_.c_str(), "r");
         MemoryStream page;
@@ -145,8 +150,9 @@ TEST(SourceListing, MarkerLineGrowsPastItsFirstSize)
 }
 
 // A line without recorded positions is copied as it is read, one with
-// positions in pieces between them: the same text either way, for lines
-// across the reading buffer and longer than it, markup characters
+// positions in pieces between them: the same text either way, whether read
+// from the file or from the bytes kept when the lines were counted, for
+// lines across the reading buffer and longer than it, markup characters
 // anywhere, and a last line cut by a byte 0xFF.
 TEST(SourceListing, ALineReadsTheSameWithOrWithoutPositions)
 {
@@ -181,12 +187,14 @@ TEST(SourceListing, ALineReadsTheSameWithOrWithoutPositions)
 
     ListingCase plain(bytes);
     EXPECT_TRUE(plain.Lines(nullptr, false) == expected);
+    EXPECT_TRUE(plain.Lines(nullptr, false, true) == expected);
     // A covered position where each line begins: the same colour as the
     // one in force, so no change shows.
     ListingCase positioned(bytes);
     for (uint32_t n = 1; n <= lines.size(); ++n)
         positioned.Block(n, 1, 1);
     EXPECT_TRUE(positioned.Lines(nullptr, false) == expected);
+    EXPECT_TRUE(positioned.Lines(nullptr, false, true) == expected);
 }
 
 TEST(SourceListing, NumbersLinesUpTo999999)
