@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "report/image_data.h"
 #include "report/naming.h"
@@ -23,7 +24,7 @@ static void putImageByte(FILE *image, int index, unsigned char byte)
 }
 
 /* Images are written unbuffered, so that a byte that cannot be written is
- * reported at its own index. */
+ * reported at its own index (see putImageBytes). */
 static FILE *createImage(const char *name, const char *failureFormat)
 {
     std::string path = std::string(REPORT_DIR) + "/" + name;
@@ -34,6 +35,15 @@ static FILE *createImage(const char *name, const char *failureFormat)
     }
     setvbuf(image, nullptr, _IONBF, 0);
     return image;
+}
+
+/* Writes an image's bytes in one piece; from the first byte the file does
+ * not take on, one at a time, each failure reported at its index. */
+static void putImageBytes(FILE *image, const unsigned char *bytes, int size)
+{
+    int written = static_cast<int>(fwrite(bytes, 1, static_cast<size_t>(size), image));
+    for (int i = written; i < size; ++i)
+        putImageByte(image, i, bytes[i]);
 }
 
 static void closeImage(FILE *image, const char *name)
@@ -48,8 +58,7 @@ static bool writeImage(const char *name, const char *failureFormat,
     FILE *image = createImage(name, failureFormat);
     if (image == nullptr)
         return false;
-    for (int i = 0; i < size; ++i)
-        putImageByte(image, i, bytes[i]);
+    putImageBytes(image, bytes, size);
     closeImage(image, name);
     return true;
 }
@@ -61,13 +70,10 @@ static bool writeHomeImage()
     FILE *image = createImage(HOME_IMAGE, "Unable to create the Home Icon %s!\n");
     if (image == nullptr)
         return false;
-    int index = 0;
-    for (int i = 0; i < HOME_GIF_HEAD_SIZE; ++i, ++index)
-        putImageByte(image, index, HOME_GIF_HEAD[i]);
-    for (int i = 0; i < HOME_GIF_ZERO_RUN; ++i, ++index)
-        putImageByte(image, index, 0);
-    for (int i = 0; i < HOME_GIF_TAIL_SIZE; ++i, ++index)
-        putImageByte(image, index, HOME_GIF_TAIL[i]);
+    std::vector<unsigned char> bytes(HOME_GIF_HEAD, HOME_GIF_HEAD + HOME_GIF_HEAD_SIZE);
+    bytes.resize(bytes.size() + HOME_GIF_ZERO_RUN, 0);
+    bytes.insert(bytes.end(), HOME_GIF_TAIL, HOME_GIF_TAIL + HOME_GIF_TAIL_SIZE);
+    putImageBytes(image, bytes.data(), static_cast<int>(bytes.size()));
     closeImage(image, HOME_IMAGE);
     return true;
 }
