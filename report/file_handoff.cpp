@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <system_error>
+#include <sys/uio.h>
 #include <thread>
 #include <unistd.h>
 #include <unordered_map>
@@ -32,6 +33,7 @@ struct HandedFile {
     FILE *file = nullptr;
     int writeError = 0; /* errno of the first failed write */
     bool console = false; /* the run's standard output or error */
+    bool page = false;    /* a page's file, opened here and unbuffered */
     FILE *stream = nullptr; /* the run's stream of a handed stream */
 };
 
@@ -70,6 +72,11 @@ const size_t OWNED_LEAST = size_t(16) << 10;
 /* Page buffers waiting for the thread at most; the thread is woken when
  * half that many wait. */
 const int OWNED_MOST = 8;
+
+/* The most pieces of one page written by one system call: the pieces of a
+ * page that wait one after the other (its stream's buffer cuts a small
+ * page in two, a large one ends with its foot) go out together. */
+const int GATHERED_MOST = 16;
 
 /* The makers write the next page themselves (when they share the
  * writing) while this much still waits. */
@@ -152,6 +159,7 @@ void openFile(HandedFile *file)
     }
     /* Each piece is large and goes to the file in one write. */
     setvbuf(file->file, nullptr, _IONBF, 0);
+    file->page = true;
 }
 
 void writeFile(HandedFile *file, const char *bytes, size_t length)
@@ -166,6 +174,52 @@ void writeFile(HandedFile *file, const char *bytes, size_t length)
  * this thread after the maker's thread allocated it costs each thread's
  * allocator more than keeping it (lock held). */
 std::vector<HandedFile *> spareFiles;
+
+/* The bytes of a write piece. */
+const char *bytesOf(const Piece &piece)
+{
+    return piece.owned != nullptr ? piece.owned : ring.get() + piece.at;
+}
+
+/* Writes the `count` pieces of one page's file in one system call where
+ * the file takes them all; what it does not take goes through the stream,
+ * which then fails alike and keeps the failure for the close. */
+void writePieces(const Piece *taken, int count)
+{
+    HandedFile *file = taken[0].file;
+    if (count == 1 || !file->page) {
+        for (int i = 0; i < count; ++i)
+            writeFile(file, bytesOf(taken[i]), taken[i].length);
+        return;
+    }
+    struct iovec parts[GATHERED_MOST];
+    for (int i = 0; i < count; ++i) {
+        parts[i].iov_base = const_cast<char *>(bytesOf(taken[i]));
+        parts[i].iov_len = taken[i].length;
+    }
+    int fd = fileno(file->file);
+    struct iovec *left = parts;
+    int leftCount = count;
+    while (leftCount > 0) {
+        ssize_t written = writev(fd, left, leftCount);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            break;
+        size_t done = static_cast<size_t>(written);
+        while (leftCount > 0 && done >= left->iov_len) {
+            done -= left->iov_len;
+            ++left;
+            --leftCount;
+        }
+        if (leftCount > 0) {
+            left->iov_base = static_cast<char *>(left->iov_base) + done;
+            left->iov_len -= done;
+        }
+    }
+    for (int i = 0; i < leftCount; ++i)
+        writeFile(file, static_cast<const char *>(left[i].iov_base), left[i].iov_len);
+}
 
 void closeFile(HandedFile *file)
 {
@@ -187,8 +241,18 @@ void work()
             if (pieces.empty())
                 return;
         }
-        Piece piece = pieces.front();
+        Piece taken[GATHERED_MOST];
+        int count = 0;
+        taken[count++] = pieces.front();
         pieces.pop_front();
+        const Piece &piece = taken[0];
+        if (piece.kind == Piece::WRITE && piece.file->page) {
+            while (count < GATHERED_MOST && !pieces.empty() && pieces.front().kind == Piece::WRITE &&
+                   pieces.front().file == piece.file) {
+                taken[count++] = pieces.front();
+                pieces.pop_front();
+            }
+        }
         writing = true;
         hold.unlock();
         switch (piece.kind) {
@@ -196,12 +260,9 @@ void work()
             openFile(piece.file);
             break;
         case Piece::WRITE:
-            if (piece.owned != nullptr) {
-                writeFile(piece.file, piece.owned, piece.length);
-                givePageBuffer(piece.owned);
-            } else {
-                writeFile(piece.file, ring.get() + piece.at, piece.length);
-            }
+            writePieces(taken, count);
+            for (int i = 0; i < count; ++i)
+                givePageBuffer(taken[i].owned);
             break;
         case Piece::CLOSE:
             closeFile(piece.file);
@@ -209,11 +270,13 @@ void work()
         }
         hold.lock();
         writing = false;
-        if (piece.owned != nullptr) {
-            --ownedCount;
-            ownedBytes -= piece.length;
-        } else {
-            ringTail += piece.length;
+        for (int i = 0; i < count; ++i) {
+            if (taken[i].owned != nullptr) {
+                --ownedCount;
+                ownedBytes -= taken[i].length;
+            } else {
+                ringTail += taken[i].length;
+            }
         }
         if (piece.kind == Piece::CLOSE)
             spareFiles.push_back(piece.file);
@@ -268,6 +331,7 @@ HandedFile *newHandedFile(std::string path, const std::string &name, OpenFailure
     file->file = nullptr;
     file->writeError = 0;
     file->console = false;
+    file->page = false;
     file->stream = nullptr;
     return file;
 }
