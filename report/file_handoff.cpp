@@ -55,7 +55,7 @@ struct Piece {
  * each piece and freed on the other thread goes back to the system and is
  * faulted in again, 4 KiB at a time, and a fault here costs more than
  * writing the 4 KiB to a file. */
-const size_t RING_SIZE = size_t(1) << 20;
+const size_t RING_SIZE = size_t(512) << 10;
 
 /* The thread is woken when this much waits for it, not at every piece: a
  * wake-up is a system call on one processor and an interrupt on the other,
@@ -66,8 +66,9 @@ const size_t WAKE_PIECES = 64;
 
 /* A page buffer holding at least this much is handed over whole instead
  * of copied into the ring: the copy of every byte of the report cost the
- * run about a tenth of its processor time. Smaller pieces (a page's last
- * lines written through its stream, a line of counters) are copied. */
+ * run about a tenth of its processor time. A buffer holding less (a small
+ * page, the lines before a line of counters) is copied into the ring
+ * straight away, and so is what a page's stream takes itself. */
 const size_t OWNED_LEAST = size_t(16) << 10;
 /* Page buffers waiting for the thread at most; the thread is woken when
  * half that many wait. */
@@ -542,20 +543,25 @@ FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailur
     return stream;
 }
 
-bool handOffPageBuffer(FILE *stream, char *buffer, size_t length)
+PageHandOff handOffPageBuffer(FILE *stream, char *buffer, size_t length)
 {
-    if (!active || length < OWNED_LEAST)
-        return false;
+    if (!active)
+        return PageHandOff::NotHanded;
     HandedFile *file;
     {
         std::lock_guard<std::mutex> hold(lock);
         auto found = pageStreams.find(stream);
         if (found == pageStreams.end())
-            return false;
+            return PageHandOff::NotHanded;
         file = found->second;
     }
     /* What the stream holds was written before the buffer's bytes. */
     fflush(stream);
+    if (length < OWNED_LEAST) {
+        /* Into the ring at once, not through the stream's own buffer. */
+        queueBytes(file, buffer, length);
+        return PageHandOff::Copied;
+    }
     std::unique_lock<std::mutex> hold(lock);
     if (ownedCount == OWNED_MOST) {
         ++ownersWaiting;
@@ -567,7 +573,7 @@ bool handOffPageBuffer(FILE *stream, char *buffer, size_t length)
     Piece piece{Piece::WRITE, file, 0, length};
     piece.owned = buffer;
     push(piece);
-    return true;
+    return PageHandOff::TakenOver;
 }
 
 FILE *handedOffStream(FILE *real, const std::string &name)

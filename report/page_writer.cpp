@@ -25,10 +25,16 @@ void PageWriter::flush()
         return;
     /* A page the file thread writes takes the buffer itself, without a
      * copy; the next bytes go into another. */
-    if (stream_ != nullptr && handOffPageBuffer(stream_, buffer_, used_))
+    switch (stream_ != nullptr ? handOffPageBuffer(stream_, buffer_, used_) : PageHandOff::NotHanded) {
+    case PageHandOff::TakenOver:
         buffer_ = takePageBuffer();
-    else
+        break;
+    case PageHandOff::Copied:
+        break;
+    case PageHandOff::NotHanded:
         writeOut(buffer_, used_);
+        break;
+    }
     used_ = 0;
 }
 
