@@ -203,9 +203,49 @@ void writeFunctionName(FILE *page, const char *name)
 }
 
 /* The link to the list page `number` of the same kind. */
+/* The links of one list's pages to each other, each made once: the four
+ * pages of a list link to the same few, and making a page name costs far
+ * more than copying it. Kept for the last list of the thread. */
+class ListLinks {
+public:
+    const std::string &link(const char *path, bool covered, const char *ext, int number)
+    {
+        const char *extKey = ext != nullptr ? ext : "";
+        if (path_ != path || covered_ != covered || ext_ != extKey || noExt_ != (ext == nullptr)) {
+            path_ = path;
+            covered_ = covered;
+            ext_ = extKey;
+            noExt_ = ext == nullptr;
+            for (std::string &link : links_)
+                link.clear();
+        }
+        if (number < 0 || number >= NUMBERS)
+            return other_ = htmlLink(path, covered, ext, number);
+        std::string &link = links_[number];
+        if (link.empty())
+            link = htmlLink(path, covered, ext, number);
+        return link;
+    }
+
+private:
+    static std::string htmlLink(const char *path, bool covered, const char *ext, int number)
+    {
+        return HtmlValue(getHTMLname(functionListBase(path, covered, number).c_str(), ext)).c_str();
+    }
+
+    static const int NUMBERS = 8;
+    std::string path_;
+    bool covered_ = false;
+    std::string ext_;
+    bool noExt_ = false;
+    std::string links_[NUMBERS];
+    std::string other_;
+};
+
 static void putListLink(PageWriter &page, const char *path, bool covered, const char *ext, int number)
 {
-    putHtmlValue(page, getHTMLname(functionListBase(path, covered, number).c_str(), ext));
+    static thread_local ListLinks links;
+    page.put(links.link(path, covered, ext, number));
 }
 
 static void writeTestsLink(FILE *page, const func *function, const FunctionListOptions &options)
@@ -279,12 +319,12 @@ public:
         PageWriter rows(&text_);
         where_.reserve(static_cast<size_t>(count));
         for (int i = 0; i < count; ++i) {
-            size_t start = text_.size();
+            size_t start = rows.textSize();
             putRowStart(rows, functions[i], blocksOnly, listing);
             rows.putLiteral(ROW_END);
-            rows.flush();
-            where_.push_back(Row{functions[i], start, text_.size() - start});
+            where_.push_back(Row{functions[i], start, rows.textSize() - start});
         }
+        rows.flush();
         std::sort(where_.begin(), where_.end(),
                   [](const Row &a, const Row &b) { return std::less<const func *>()(a.function, b.function); });
     }

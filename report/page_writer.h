@@ -81,6 +81,10 @@ public:
     }
     void commit(const char *end) { used_ = static_cast<size_t>(end - buffer_); }
 
+    /* For a writer onto a text: the text's length once what was written so
+     * far is flushed. */
+    size_t textSize() const { return (text_ != nullptr ? text_->size() : 0) + used_; }
+
     /* "%d" and "%u" of the value. */
     void putInt(int64_t value)
     {
