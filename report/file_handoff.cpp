@@ -2,6 +2,7 @@
 #include "report/file_handoff.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
@@ -95,6 +96,10 @@ size_t ownedBytes = 0; /* the bytes they hold */
 bool sleeping = false; /* the thread waits for work */
 int makersWaiting = 0; /* threads waiting for room in the ring */
 int ownersWaiting = 0; /* threads waiting to hand over a page buffer */
+/* Whether a maker waits for room (set with the lock held, read without):
+ * the thread then gives back what it wrote after each step, not only
+ * after its batch. */
+std::atomic<bool> roomWanted{false};
 bool writing = false;  /* the thread is at a piece taken from the queue */
 bool draining = false; /* a thread waits for every piece queued to be written */
 bool stopping = false;
@@ -136,6 +141,7 @@ void queueBytes(HandedFile *file, const char *bytes, size_t length)
     while (length > 0) {
         if (ringHead - ringTail == RING_SIZE) {
             ++makersWaiting;
+            roomWanted.store(true, std::memory_order_relaxed);
             roomMade.wait(hold, [] { return ringHead - ringTail < RING_SIZE; });
             --makersWaiting;
         }
@@ -229,9 +235,57 @@ void closeFile(HandedFile *file)
     checked_close_rewritten(file->file, file->name.c_str());
 }
 
+/* What the thread has written and not yet given back to the makers: ring
+ * bytes, page buffers and the records of closed files. */
+struct Written {
+    uint64_t ringBytes = 0;
+    int ownedCount = 0;
+    size_t ownedBytes = 0;
+    std::vector<HandedFile *> closed;
+};
+
+/* Gives back what was written (lock held), waking the makers that wait
+ * for the room it makes. */
+void giveBack(Written &written)
+{
+    ringTail += written.ringBytes;
+    ownedCount -= written.ownedCount;
+    ownedBytes -= written.ownedBytes;
+    spareFiles.insert(spareFiles.end(), written.closed.begin(), written.closed.end());
+    written.ringBytes = 0;
+    written.ownedCount = 0;
+    written.ownedBytes = 0;
+    written.closed.clear();
+    /* The makers go on once half the ring, or half the page buffers
+     * waiting at most, are free again. */
+    if ((makersWaiting > 0 && ringHead - ringTail <= RING_SIZE / 2) ||
+        (ownersWaiting > 0 && ownedCount <= OWNED_MOST / 2))
+        roomMade.notify_all();
+    roomWanted.store(makersWaiting > 0 || ownersWaiting > 0, std::memory_order_relaxed);
+}
+
+/* Takes the pieces of one step from the front of `batch`: one piece, or
+ * the writes of one page that wait one after the other. Returns how many. */
+int takeStep(std::deque<Piece> &batch, Piece *taken)
+{
+    int count = 0;
+    taken[count++] = batch.front();
+    batch.pop_front();
+    if (taken[0].kind == Piece::WRITE && taken[0].file->page) {
+        while (count < GATHERED_MOST && !batch.empty() && batch.front().kind == Piece::WRITE &&
+               batch.front().file == taken[0].file) {
+            taken[count++] = batch.front();
+            batch.pop_front();
+        }
+    }
+    return count;
+}
+
 void work()
 {
     std::unique_lock<std::mutex> hold(lock);
+    std::deque<Piece> batch;
+    Written written;
     for (;;) {
         if (pieces.empty()) {
             if (draining)
@@ -242,50 +296,47 @@ void work()
             if (pieces.empty())
                 return;
         }
-        Piece taken[GATHERED_MOST];
-        int count = 0;
-        taken[count++] = pieces.front();
-        pieces.pop_front();
-        const Piece &piece = taken[0];
-        if (piece.kind == Piece::WRITE && piece.file->page) {
-            while (count < GATHERED_MOST && !pieces.empty() && pieces.front().kind == Piece::WRITE &&
-                   pieces.front().file == piece.file) {
-                taken[count++] = pieces.front();
-                pieces.pop_front();
-            }
-        }
+        /* Everything queued is taken at once, and what is written given
+         * back once the batch is done (or at once when a maker waits for
+         * room): the lock, which the makers take for every piece, passes
+         * between the processors twice per batch, not per piece. */
+        batch.swap(pieces);
         writing = true;
         hold.unlock();
-        switch (piece.kind) {
-        case Piece::OPEN:
-            openFile(piece.file);
-            break;
-        case Piece::WRITE:
-            writePieces(taken, count);
-            for (int i = 0; i < count; ++i)
-                givePageBuffer(taken[i].owned);
-            break;
-        case Piece::CLOSE:
-            closeFile(piece.file);
-            break;
+        while (!batch.empty()) {
+            Piece taken[GATHERED_MOST];
+            int count = takeStep(batch, taken);
+            const Piece &piece = taken[0];
+            switch (piece.kind) {
+            case Piece::OPEN:
+                openFile(piece.file);
+                break;
+            case Piece::WRITE:
+                writePieces(taken, count);
+                for (int i = 0; i < count; ++i) {
+                    if (taken[i].owned != nullptr) {
+                        givePageBuffer(taken[i].owned);
+                        ++written.ownedCount;
+                        written.ownedBytes += taken[i].length;
+                    } else {
+                        written.ringBytes += taken[i].length;
+                    }
+                }
+                break;
+            case Piece::CLOSE:
+                closeFile(piece.file);
+                written.closed.push_back(piece.file);
+                break;
+            }
+            if (roomWanted.load(std::memory_order_relaxed)) {
+                hold.lock();
+                giveBack(written);
+                hold.unlock();
+            }
         }
         hold.lock();
         writing = false;
-        for (int i = 0; i < count; ++i) {
-            if (taken[i].owned != nullptr) {
-                --ownedCount;
-                ownedBytes -= taken[i].length;
-            } else {
-                ringTail += taken[i].length;
-            }
-        }
-        if (piece.kind == Piece::CLOSE)
-            spareFiles.push_back(piece.file);
-        /* The makers go on once half the ring, or half the page buffers
-         * waiting at most, are free again. */
-        if ((makersWaiting > 0 && ringHead - ringTail <= RING_SIZE / 2) ||
-            (ownersWaiting > 0 && ownedCount <= OWNED_MOST / 2))
-            roomMade.notify_all();
+        giveBack(written);
     }
 }
 
@@ -565,6 +616,7 @@ PageHandOff handOffPageBuffer(FILE *stream, char *buffer, size_t length)
     std::unique_lock<std::mutex> hold(lock);
     if (ownedCount == OWNED_MOST) {
         ++ownersWaiting;
+        roomWanted.store(true, std::memory_order_relaxed);
         roomMade.wait(hold, [] { return ownedCount < OWNED_MOST; });
         --ownersWaiting;
     }
