@@ -18,7 +18,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "report/page_buffers.h"
 #include "shared/vemtra/tallyfold/checked_alloc.h"
 #include "shared/vemtra/tallyfold/checked_io.h"
 #include "shared/vemtra/tallyfold/exit_threads.h"
@@ -39,23 +38,24 @@ struct HandedFile {
 };
 
 /* One step of one file's writing, in the order the page's maker took it;
- * a write's bytes lie in the ring, or in a page buffer handed over whole
- * (`owned`), which goes back to the page buffers once written. */
+ * a write's bytes lie in the ring. */
 struct Piece {
     enum Kind { OPEN, WRITE, CLOSE } kind;
     HandedFile *file;
     size_t at = 0;
     size_t length = 0;
-    char *owned = nullptr;
 };
 
-/* Bytes copied into the queue (what reaches a page's stream other than
- * through its page writer's full buffers, and the diverted streams) wait
- * in a ring, written at its head and taken from its tail in the order they
- * came: memory touched once and used over and over. Memory allocated for
- * each piece and freed on the other thread goes back to the system and is
- * faulted in again, 4 KiB at a time, and a fault here costs more than
- * writing the 4 KiB to a file. */
+/* The pages' bytes wait in a ring, written at its head and taken from its
+ * tail in the order they came: memory touched once and used over and over.
+ * Memory allocated for each piece and freed on the other thread goes back
+ * to the system and is faulted in again, 4 KiB at a time, and a fault here
+ * costs more than writing the 4 KiB to a file. Handing the page buffers
+ * over whole instead, without the copy, cost more still: the run then
+ * wrote each page into a buffer the other processor had just read, and its
+ * user time grew by a fifth (0.425 against 0.525 s, medians of ten
+ * alternated runs into tmpfs). A small ring stays in the processors'
+ * caches. */
 const size_t RING_SIZE = size_t(512) << 10;
 
 /* The thread is woken when this much waits for it, not at every piece: a
@@ -64,16 +64,6 @@ const size_t RING_SIZE = size_t(512) << 10;
  * so that a full ring wakes it. */
 const size_t WAKE_BYTES = RING_SIZE / 2;
 const size_t WAKE_PIECES = 64;
-
-/* A page buffer holding at least this much is handed over whole instead
- * of copied into the ring: the copy of every byte of the report cost the
- * run about a tenth of its processor time. A buffer holding less (a small
- * page, the lines before a line of counters) is copied into the ring
- * straight away, and so is what a page's stream takes itself. */
-const size_t OWNED_LEAST = size_t(16) << 10;
-/* Page buffers waiting for the thread at most; the thread is woken when
- * half that many wait. */
-const int OWNED_MOST = 8;
 
 /* The most pieces of one page written by one system call: the pieces of a
  * page that wait one after the other (its stream's buffer cuts a small
@@ -91,11 +81,8 @@ std::deque<Piece> pieces;
 std::unique_ptr<char[]> ring;
 uint64_t ringHead = 0; /* bytes put in the ring so far */
 uint64_t ringTail = 0; /* bytes written out of it so far */
-int ownedCount = 0;    /* page buffers queued and not yet written */
-size_t ownedBytes = 0; /* the bytes they hold */
 bool sleeping = false; /* the thread waits for work */
 int makersWaiting = 0; /* threads waiting for room in the ring */
-int ownersWaiting = 0; /* threads waiting to hand over a page buffer */
 /* Whether a maker waits for room (set with the lock held, read without):
  * the thread then gives back what it wrote after each step, not only
  * after its batch. */
@@ -109,14 +96,13 @@ std::thread thread;
 /* Bytes queued and not yet written (lock held). */
 uint64_t bytesWaiting()
 {
-    return ringHead - ringTail + ownedBytes;
+    return ringHead - ringTail;
 }
 
 /* Whether the sleeping thread has enough to do to be woken (lock held). */
 bool worthWaking()
 {
-    return draining || stopping || pieces.size() >= WAKE_PIECES || bytesWaiting() >= WAKE_BYTES ||
-           ownedCount >= OWNED_MOST / 2;
+    return draining || stopping || pieces.size() >= WAKE_PIECES || bytesWaiting() >= WAKE_BYTES;
 }
 
 /* Queues `piece` (lock held), waking the thread when it is worth it. */
@@ -185,7 +171,7 @@ std::vector<HandedFile *> spareFiles;
 /* The bytes of a write piece. */
 const char *bytesOf(const Piece &piece)
 {
-    return piece.owned != nullptr ? piece.owned : ring.get() + piece.at;
+    return ring.get() + piece.at;
 }
 
 /* Writes the `count` pieces of one page's file in one system call where
@@ -236,11 +222,9 @@ void closeFile(HandedFile *file)
 }
 
 /* What the thread has written and not yet given back to the makers: ring
- * bytes, page buffers and the records of closed files. */
+ * bytes and the records of closed files. */
 struct Written {
     uint64_t ringBytes = 0;
-    int ownedCount = 0;
-    size_t ownedBytes = 0;
     std::vector<HandedFile *> closed;
 };
 
@@ -249,19 +233,13 @@ struct Written {
 void giveBack(Written &written)
 {
     ringTail += written.ringBytes;
-    ownedCount -= written.ownedCount;
-    ownedBytes -= written.ownedBytes;
     spareFiles.insert(spareFiles.end(), written.closed.begin(), written.closed.end());
     written.ringBytes = 0;
-    written.ownedCount = 0;
-    written.ownedBytes = 0;
     written.closed.clear();
-    /* The makers go on once half the ring, or half the page buffers
-     * waiting at most, are free again. */
-    if ((makersWaiting > 0 && ringHead - ringTail <= RING_SIZE / 2) ||
-        (ownersWaiting > 0 && ownedCount <= OWNED_MOST / 2))
+    /* The makers go on once half the ring is free again. */
+    if (makersWaiting > 0 && ringHead - ringTail <= RING_SIZE / 2)
         roomMade.notify_all();
-    roomWanted.store(makersWaiting > 0 || ownersWaiting > 0, std::memory_order_relaxed);
+    roomWanted.store(makersWaiting > 0, std::memory_order_relaxed);
 }
 
 /* Takes the pieces of one step from the front of `batch`: one piece, or
@@ -313,15 +291,8 @@ void work()
                 break;
             case Piece::WRITE:
                 writePieces(taken, count);
-                for (int i = 0; i < count; ++i) {
-                    if (taken[i].owned != nullptr) {
-                        givePageBuffer(taken[i].owned);
-                        ++written.ownedCount;
-                        written.ownedBytes += taken[i].length;
-                    } else {
-                        written.ringBytes += taken[i].length;
-                    }
-                }
+                for (int i = 0; i < count; ++i)
+                    written.ringBytes += taken[i].length;
                 break;
             case Piece::CLOSE:
                 closeFile(piece.file);
@@ -594,38 +565,22 @@ FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailur
     return stream;
 }
 
-PageHandOff handOffPageBuffer(FILE *stream, char *buffer, size_t length)
+bool handOffPageBytes(FILE *stream, const char *bytes, size_t length)
 {
     if (!active)
-        return PageHandOff::NotHanded;
+        return false;
     HandedFile *file;
     {
         std::lock_guard<std::mutex> hold(lock);
         auto found = pageStreams.find(stream);
         if (found == pageStreams.end())
-            return PageHandOff::NotHanded;
+            return false;
         file = found->second;
     }
-    /* What the stream holds was written before the buffer's bytes. */
+    /* What the stream holds was written before these bytes. */
     fflush(stream);
-    if (length < OWNED_LEAST) {
-        /* Into the ring at once, not through the stream's own buffer. */
-        queueBytes(file, buffer, length);
-        return PageHandOff::Copied;
-    }
-    std::unique_lock<std::mutex> hold(lock);
-    if (ownedCount == OWNED_MOST) {
-        ++ownersWaiting;
-        roomWanted.store(true, std::memory_order_relaxed);
-        roomMade.wait(hold, [] { return ownedCount < OWNED_MOST; });
-        --ownersWaiting;
-    }
-    ++ownedCount;
-    ownedBytes += length;
-    Piece piece{Piece::WRITE, file, 0, length};
-    piece.owned = buffer;
-    push(piece);
-    return PageHandOff::TakenOver;
+    queueBytes(file, bytes, length);
+    return true;
 }
 
 FILE *handedOffStream(FILE *real, const std::string &name)

@@ -50,18 +50,12 @@ void fileHandoffWait();
  * rather than waited for. */
 FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailure failure);
 
-/* What became of a page buffer offered to the thread. */
-enum class PageHandOff {
-    NotHanded, /* not a page the thread writes: nothing was done */
-    Copied,    /* a short piece: its bytes were copied into the queue */
-    TakenOver  /* the thread has the buffer and gives it back once written */
-};
-
-/* Hands the `length` bytes of `buffer` (from takePageBuffer) to the
- * thread for the page of `stream` (from handedOffPage), after what the
- * stream holds: the buffer itself, or a copy of a short piece, which
- * costs less than keeping a buffer waiting for it. */
-PageHandOff handOffPageBuffer(FILE *stream, char *buffer, size_t length);
+/* Queues the `length` bytes at `bytes` for the page of `stream` (from
+ * handedOffPage), after what the stream holds, copying them straight into
+ * the thread's queue rather than through the stream's own buffer, which
+ * would cut them into pieces and copy them twice. False, and nothing
+ * done, for any other stream. */
+bool handOffPageBytes(FILE *stream, const char *bytes, size_t length);
 
 /* While pages are handed off: a stream whose bytes reach `real`, a file
  * the run opened itself and writes module by module, through the thread

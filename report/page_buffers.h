@@ -1,8 +1,7 @@
 /* page_buffers.h -- the large buffers pages are built in, kept for the
  * next page rather than freed. A report makes tens of thousands of pages;
  * allocating and freeing a buffer of this size for each one made the
- * allocator gather its free memory at every free, and a buffer handed to
- * the file thread comes back here once its bytes are written.
+ * allocator gather its free memory at every free.
  */
 #ifndef VEMCOV_REPORT_PAGE_BUFFERS_H
 #define VEMCOV_REPORT_PAGE_BUFFERS_H

@@ -23,18 +23,9 @@ void PageWriter::flush()
 {
     if (used_ == 0)
         return;
-    /* A page the file thread writes takes the buffer itself, without a
-     * copy; the next bytes go into another. */
-    switch (stream_ != nullptr ? handOffPageBuffer(stream_, buffer_, used_) : PageHandOff::NotHanded) {
-    case PageHandOff::TakenOver:
-        buffer_ = takePageBuffer();
-        break;
-    case PageHandOff::Copied:
-        break;
-    case PageHandOff::NotHanded:
+    /* A page the file thread writes goes straight into its queue. */
+    if (stream_ == nullptr || !handOffPageBytes(stream_, buffer_, used_))
         writeOut(buffer_, used_);
-        break;
-    }
     used_ = 0;
 }
 

@@ -1,7 +1,7 @@
 // Pages handed off to the file thread (-j): every file comes out whole and
 // in its own bytes, whether the thread wrote it or, when the thread was
 // behind, the maker did; a page larger than the ring goes through it in
-// parts, and a page writer's full buffers are taken over whole, in order
+// parts, and a page writer's buffers go straight into the queue, in order
 // with what went through the stream; an earlier file is written over and
 // cut; a file that cannot be opened or written ends the run from the
 // thread with the maker's message, and a run that ends early elsewhere
@@ -43,8 +43,8 @@ std::string PageText(int n, size_t size)
 }
 
 // Writes `text` as the pages do: a head through the stream's own buffer,
-// then parts built in a page writer (whose full buffers the thread takes
-// over whole) between parts written through the stream.
+// then parts built in a page writer (whose buffers go straight into the
+// queue) between parts written through the stream.
 void WritePage(FILE *page, const std::string &text)
 {
     size_t head = std::min(text.size(), size_t(100));
