@@ -70,9 +70,9 @@ public:
 
     /* Room for `length` bytes at the end of the buffer (length at most
      * ROOM_MOST): the caller writes them and hands back where it stopped. */
-    static const size_t ROOM_MOST = 1 << 14;
+    static constexpr size_t ROOM_MOST = 1 << 14;
     /* The longest text escaped in one piece: its worst case fits the room. */
-    static const size_t ESCAPED_PIECE = (ROOM_MOST - 16) / EscapeSet::LONGEST;
+    static constexpr size_t ESCAPED_PIECE = (ROOM_MOST - 16) / EscapeSet::LONGEST;
     char *room(size_t length)
     {
         if (length > CAPACITY - used_)
@@ -98,7 +98,7 @@ public:
     void putUnsigned(uint64_t value) { commit(digitsInto(room(MOST_DIGITS), value)); }
     /* "%u" of the value at `out`, which has MOST_DIGITS bytes of room; where
      * the digits end. */
-    static const size_t MOST_DIGITS = 20;
+    static constexpr size_t MOST_DIGITS = 20;
     static char *digitsInto(char *out, uint64_t value)
     {
         /* The digits are made right-aligned in a buffer with room after
@@ -131,7 +131,7 @@ private:
     void putEscapedLong(const char *text, size_t length, const EscapeSet &escapes);
     void writeOut(const char *bytes, size_t length);
 
-    static const size_t CAPACITY = PAGE_BUFFER_SIZE;
+    static constexpr size_t CAPACITY = PAGE_BUFFER_SIZE;
     FILE *stream_ = nullptr;
     std::string *text_ = nullptr;
     char *buffer_;
