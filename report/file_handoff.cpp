@@ -165,8 +165,10 @@ void writeFile(HandedFile *file, const char *bytes, size_t length)
 
 /* Records of files closed, used again for later pages: a record freed on
  * this thread after the maker's thread allocated it costs each thread's
- * allocator more than keeping it (lock held). */
-std::vector<HandedFile *> spareFiles;
+ * allocator more than keeping it (lock held). Never destroyed, like the
+ * map of the pages' streams below: a thread may still reach them while
+ * the run exits, and the records stay reachable for the leak checker. */
+std::vector<HandedFile *> &spareFiles = *new std::vector<HandedFile *>;
 
 /* The bytes of a write piece. */
 const char *bytesOf(const Piece &piece)
@@ -322,7 +324,7 @@ ssize_t streamWrite(void *cookie, const char *bytes, size_t length)
 }
 
 /* The pages' streams, for handing their page buffers over (lock held). */
-std::unordered_map<FILE *, HandedFile *> pageStreams;
+std::unordered_map<FILE *, HandedFile *> &pageStreams = *new std::unordered_map<FILE *, HandedFile *>;
 
 int streamClose(void *cookie)
 {

@@ -11,8 +11,10 @@ namespace {
 
 std::mutex lock;
 /* Buffers given back, taken again last in, first out: the last one given
- * back is the likeliest to be in the processor's cache still. */
-std::vector<char *> spare;
+ * back is the likeliest to be in the processor's cache still. Never
+ * destroyed: a page thread may give one back while the run exits, and the
+ * buffers stay reachable for the leak checker. */
+std::vector<char *> &spare = *new std::vector<char *>;
 
 } // namespace
 
