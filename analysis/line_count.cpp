@@ -34,6 +34,13 @@ uint32_t countNewlines(const char *bytes, size_t size)
     return count;
 }
 
+/* A last line without a newline still counts: one for a last byte (EOF
+ * when there is none) that is not a newline. */
+static uint32_t unfinishedLine(int last)
+{
+    return last != EOF && last != '\n' ? 1 : 0;
+}
+
 /* Counts the lines of an open stream: its newlines, plus one when the last
  * byte is not a newline. An empty file has no lines. */
 uint32_t countLines(FILE *stream)
@@ -48,20 +55,7 @@ uint32_t countLines(FILE *stream)
         lines += countNewlines(buffer, got);
         last = static_cast<unsigned char>(buffer[got - 1]);
     }
-    if (last != EOF && last != '\n')
-        ++lines;
-    return lines;
-}
-
-
-/* The lines of `size` bytes: their newlines, plus one when the last byte
- * is not a newline. */
-static uint32_t linesOf(const char *bytes, size_t size)
-{
-    uint32_t lines = countNewlines(bytes, size);
-    if (size > 0 && bytes[size - 1] != '\n')
-        ++lines;
-    return lines;
+    return lines + unfinishedLine(last);
 }
 
 uint32_t countLinesKeeping(FILE *stream, size_t keepBelow, char **kept, size_t *size)
@@ -79,17 +73,16 @@ uint32_t countLinesKeeping(FILE *stream, size_t keepBelow, char **kept, size_t *
     if (bytes == nullptr)
         return countLines(stream);
     size_t got = fread(bytes, 1, room, stream);
+    uint32_t lines = countNewlines(bytes, got);
+    int last = got > 0 ? static_cast<unsigned char>(bytes[got - 1]) : EOF;
     if (got < room && !ferror(stream)) {
         *kept = bytes;
         *size = got;
-        return linesOf(bytes, got);
+        return lines + unfinishedLine(last);
     }
-    /* The newlines read so far, then the rest of the stream's. */
-    uint32_t lines = countNewlines(bytes, got);
-    int last = got > 0 ? static_cast<unsigned char>(bytes[got - 1]) : EOF;
     free(bytes);
-    if (ferror(stream))
-        return lines + (last != EOF && last != '\n');
-    uint32_t rest = countLines(stream);
-    return rest > 0 ? lines + rest : lines + (last != EOF && last != '\n');
+    /* A read error ends the count as in countLines; a file that grew has
+     * the rest counted as it comes (the rest's own last line included). */
+    uint32_t rest = ferror(stream) ? 0 : countLines(stream);
+    return rest > 0 ? lines + rest : lines + unfinishedLine(last);
 }
