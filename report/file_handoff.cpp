@@ -71,8 +71,9 @@ const size_t WAKE_PIECES = 64;
 const int GATHERED_MOST = 16;
 
 /* The makers write the next page themselves (when they share the
- * writing) while this much still waits. */
-const size_t SHARE_BYTES = size_t(1) << 20;
+ * writing) while this much still waits: half the ring, which a maker
+ * filling it reaches long before it waits for room. */
+const size_t SHARE_BYTES = RING_SIZE / 2;
 
 std::mutex lock;
 std::condition_variable workWaits; /* the thread waits here for work */

@@ -6,6 +6,7 @@
 // cut; a file that cannot be opened or written ends the run from the
 // thread with the maker's message, and a run that ends early elsewhere
 // first writes out what it handed off.
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -100,13 +101,43 @@ TEST(FileHandoff, EveryPageComesOutWholeWhoeverWritesIt)
     }
 }
 
+// With the writing shared, a maker writes its next page itself while half
+// the ring waits. Here the thread is held: the first page's file is a FIFO
+// that nobody reads yet, whose pipe takes 64 KiB and no more.
+TEST(FileHandoff, AMakerWritesItsNextPageItselfWhileHalfTheRingWaits)
+{
+    ScratchDir dir;
+    const std::string fifo = dir.path("held");
+    ASSERT_EQ(0, mkfifo(fifo.c_str(), 0666));
+    fileHandoffStart(true);
+    FILE *held = handedOffPage(fifo, "held", {"%s", "held"});
+    ASSERT_NE(nullptr, held);
+    const std::string text = PageText(1, 400000);
+    ASSERT_EQ(text.size(), fwrite(text.data(), 1, text.size(), held));
+    ASSERT_EQ(0, fflush(held));
+    EXPECT_EQ(nullptr, handedOffPage(dir.path("next.html"), "next.html", {"%s", "next.html"}));
+    checked_close_rewritten(held, "held");
+
+    // Let the thread go on: read what it writes into the FIFO.
+    int reader = open(fifo.c_str(), O_RDONLY);
+    ASSERT_GE(reader, 0);
+    std::string got;
+    char chunk[65536];
+    ssize_t n;
+    while (got.size() < text.size() && (n = read(reader, chunk, sizeof chunk)) > 0)
+        got.append(chunk, static_cast<size_t>(n));
+    fileHandoffFinish();
+    close(reader);
+    EXPECT_TRUE(got == text);
+}
+
 // A run that ends early from the maker's side still leaves every page it
 // had closed whole, as a run without the thread would have. The pages are
 // too few and small for the thread to have been woken for them yet.
 TEST(FileHandoff, ARunThatEndsEarlyWritesOutWhatWasHandedOff)
 {
     ScratchDir dir;
-    const std::string text = PageText(3, 40000);
+    const std::string text = PageText(3, 20000);
     Captured ended = CaptureInChild([&] {
         fileHandoffStart(true);
         for (int n = 0; n < 10; ++n) {
