@@ -14,6 +14,7 @@
 
 #include "analysis/percent_format.h"
 #include "report/page_writer.h"
+#include "tests/support/listing_text.h"
 #include "tests/support/memory_stream.h"
 
 namespace {
@@ -75,20 +76,6 @@ TEST(PageWriter, IntegersAndPiecesInOrder)
 TEST(PageWriter, EscapedTextEqualsByteByByteReplacement)
 {
     const EscapeSet escapes{{'"', "&quot;"}, {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'\n', "</a>\n"}};
-    auto replaced = [](const std::string &text) {
-        std::string out;
-        for (char c : text) {
-            switch (c) {
-            case '"': out += "&quot;"; break;
-            case '&': out += "&amp;"; break;
-            case '<': out += "&lt;"; break;
-            case '>': out += "&gt;"; break;
-            case '\n': out += "</a>\n"; break;
-            default: out += c;
-            }
-        }
-        return out;
-    };
     const char alphabet[] = "ab<>&\"\n \t\xff\x80z";
     std::mt19937 random(11);
     std::vector<std::string> inputs;
@@ -109,7 +96,7 @@ TEST(PageWriter, EscapedTextEqualsByteByByteReplacement)
             page.putEscaped(text.data(), text.size(), escapes);
             page.put(" tail");
         }
-        ASSERT_EQ("head " + replaced(text) + " tail", out.text()) << text.size();
+        ASSERT_EQ("head " + testsupport::ListingText(text) + " tail", out.text()) << text.size();
     }
 }
 
