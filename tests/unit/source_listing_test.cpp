@@ -16,6 +16,7 @@
 #include "analysis/coverage_store.h"
 #include "report/source_listing.h"
 #include "report/source_reader.h"
+#include "tests/support/listing_text.h"
 #include "tests/support/memory_stream.h"
 #include "tests/support/scenario.h"
 #include "tests/support/scratch_dir.h"
@@ -172,17 +173,8 @@ TEST(SourceListing, ALineReadsTheSameWithOrWithoutPositions)
     std::string expected;
     for (size_t n = 1; n <= lines.size(); ++n) {
         expected += std::string(n < 10 ? "     " : n < 100 ? "    " : "   ") + std::to_string(n) + ") <a name=\"l" +
-                    std::to_string(n) + "\" style=\"background-color: #ffffff\">";
-        for (char c : lines[n - 1]) {
-            switch (c) {
-            case '<': expected += "&lt;"; break;
-            case '>': expected += "&gt;"; break;
-            case '&': expected += "&amp;"; break;
-            case '"': expected += "&quot;"; break;
-            case '\n': expected += "</a>\n"; break;
-            default: expected += c;
-            }
-        }
+                    std::to_string(n) + "\" style=\"background-color: #ffffff\">" +
+                    testsupport::ListingText(lines[n - 1]);
     }
 
     ListingCase plain(bytes);
