@@ -44,10 +44,10 @@ void fileHandoffWait();
  * (opened as checked_open_rewritable opens it) on the hand-off thread.
  * Close it with checked_close_rewritten (`name` is the file's name in the
  * messages of a failed write, as there). Null when the thread is not
- * running, or, when makers share the writing, when half its ring still
- * waits to be written: the maker then writes the page itself, so that on
- * two processors the writing, the larger part of the work, is shared
- * rather than waited for. */
+ * running, or, when makers share the writing, when three quarters of its
+ * ring still wait to be written: the maker then writes the page itself, so
+ * that on two processors the writing, the larger part of the work, is
+ * shared rather than waited for. */
 FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailure failure);
 
 /* Queues the `length` bytes at `bytes` for the page of `stream` (from
