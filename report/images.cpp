@@ -1,6 +1,7 @@
 /* images.cpp -- the report's images, written from their byte tables. */
 #include "report/images.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -70,9 +71,9 @@ static bool writeHomeImage()
     FILE *image = createImage(HOME_IMAGE, "Unable to create the Home Icon %s!\n");
     if (image == nullptr)
         return false;
-    std::vector<unsigned char> bytes(HOME_GIF_HEAD, HOME_GIF_HEAD + HOME_GIF_HEAD_SIZE);
-    bytes.resize(bytes.size() + HOME_GIF_ZERO_RUN, 0);
-    bytes.insert(bytes.end(), HOME_GIF_TAIL, HOME_GIF_TAIL + HOME_GIF_TAIL_SIZE);
+    std::vector<unsigned char> bytes(HOME_GIF_HEAD_SIZE + HOME_GIF_ZERO_RUN + HOME_GIF_TAIL_SIZE, 0);
+    std::copy(HOME_GIF_HEAD, HOME_GIF_HEAD + HOME_GIF_HEAD_SIZE, bytes.begin());
+    std::copy(HOME_GIF_TAIL, HOME_GIF_TAIL + HOME_GIF_TAIL_SIZE, bytes.end() - HOME_GIF_TAIL_SIZE);
     putImageBytes(image, bytes.data(), static_cast<int>(bytes.size()));
     closeImage(image, HOME_IMAGE);
     return true;
