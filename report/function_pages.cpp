@@ -202,7 +202,6 @@ void writeFunctionName(FILE *page, const char *name)
     putFunctionName(writer, name);
 }
 
-/* The link to the list page `number` of the same kind. */
 /* The links of one list's pages to each other, each made once: the four
  * pages of a list link to the same few, and making a page name costs far
  * more than copying it. Kept for the last list of the thread. */
@@ -242,6 +241,7 @@ private:
     std::string other_;
 };
 
+/* The link to the list page `number` of the same kind. */
 static void putListLink(PageWriter &page, const char *path, bool covered, const char *ext, int number)
 {
     static thread_local ListLinks links;
