@@ -35,6 +35,9 @@ struct func {
      * one), so that the tables' several sorts compare names without reading
      * them; 0 until the report ranks them. */
     int32_t nameRank;
+    /* The function's place among the rows a list of functions makes once
+     * for all its pages; set by the report. */
+    int32_t listRow;
 };
 
 /* One block's count for the full block files; an array of them is linked

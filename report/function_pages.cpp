@@ -126,44 +126,49 @@ void rankFunctionNames(func **functions, int count)
     }
 }
 
-/* Orders functions by the keys of one sort order. */
+/* Orders functions by the keys of one sort order: KEY 1 is the name, 2
+ * the coverage, then the blocks and the name, 3 the blocks, then the
+ * name; the start line last. One type per order, so that each sort's
+ * comparison is compiled without asking which keys it has: the sorts of
+ * the lists compare each pair of functions several times. */
+template <int KEY, bool ASCENDING>
 struct FunctionBefore {
-    SortType order;
-
     bool operator()(const func *a, const func *b) const
     {
-        int key = order < 0 ? -order : order;
         int result = 0;
-        if (key == 2)
+        if (KEY == 2)
             result = compareKey(a->percent, b->percent);
-        if (result == 0 && key != 1)
+        if (KEY != 1 && result == 0)
             result = compareKey(a->blocks, b->blocks);
         if (result == 0)
             result = compareNames(a, b);
         if (result == 0)
             result = compareKey(a->line, b->line);
-        return order > 0 ? result < 0 : result > 0;
+        return ASCENDING ? result < 0 : result > 0;
     }
 };
 
-static void SelectSortFunctions(func **functions, int count, const FunctionBefore &before)
+template <int KEY, bool ASCENDING>
+static void sortFunctionsBy(func **functions, int count)
 {
-    exchangeSortTable(functions, count, before);
-}
-
-static void QuickSortFunctions(func **functions, int low, int high, const FunctionBefore &before)
-{
-    quickSortTable(functions, low, high, before);
+    FunctionBefore<KEY, ASCENDING> before;
+    if (count < TABLE_QUICKSORT_THRESHOLD)
+        exchangeSortTable(functions, count, before);
+    else
+        quickSortTable(functions, 0, count - 1, before);
 }
 
 void sortFunctions(func **functions, int count, SortType order)
 {
     checkSortKeyOrder(order);
-    FunctionBefore before{order};
-    if (count < TABLE_QUICKSORT_THRESHOLD)
-        SelectSortFunctions(functions, count, before);
-    else
-        QuickSortFunctions(functions, 0, count - 1, before);
+    switch (order) {
+    case 1: sortFunctionsBy<1, true>(functions, count); break;
+    case -1: sortFunctionsBy<1, false>(functions, count); break;
+    case 2: sortFunctionsBy<2, true>(functions, count); break;
+    case -2: sortFunctionsBy<2, false>(functions, count); break;
+    case 3: sortFunctionsBy<3, true>(functions, count); break;
+    default: sortFunctionsBy<3, false>(functions, count); break;
+    }
 }
 
 /* The display name into a page being built (see writeFunctionName). */
@@ -310,8 +315,10 @@ static void putRowStart(PageWriter &rows, const func *function, bool blocksOnly,
 }
 
 /* The list's rows made once, for the pages of its four orders: a row does
- * not depend on the order, only the rows' sequence does. Not used with
- * links to the tests, which are written to the page's stream. */
+ * not depend on the order, only the rows' sequence does. Each function
+ * keeps the number of its row, so that a page finds it without a search.
+ * Not used with links to the tests, which are written to the page's
+ * stream. */
 class FunctionListRows {
 public:
     FunctionListRows(func *const *functions, int count, bool blocksOnly, const std::string &listing)
@@ -322,24 +329,21 @@ public:
             size_t start = rows.textSize();
             putRowStart(rows, functions[i], blocksOnly, listing);
             rows.putLiteral(ROW_END);
-            where_.push_back(Row{functions[i], start, rows.textSize() - start});
+            where_.push_back(Row{start, rows.textSize() - start});
+            functions[i]->listRow = i;
         }
         rows.flush();
-        std::sort(where_.begin(), where_.end(),
-                  [](const Row &a, const Row &b) { return std::less<const func *>()(a.function, b.function); });
     }
 
     /* The whole row of `function`, one of the list's. */
     void put(PageWriter &page, const func *function) const
     {
-        auto at = std::lower_bound(where_.begin(), where_.end(), function,
-                                   [](const Row &row, const func *f) { return std::less<const func *>()(row.function, f); });
-        page.put(text_.data() + at->start, at->length);
+        const Row &row = where_[static_cast<size_t>(function->listRow)];
+        page.put(text_.data() + row.start, row.length);
     }
 
 private:
     struct Row {
-        const func *function;
         size_t start;
         size_t length;
     };

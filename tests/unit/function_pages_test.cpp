@@ -26,7 +26,7 @@ struct Functions {
     void Add(const std::string &name, uint32_t line, uint32_t blocks, uint32_t covered)
     {
         names.push_back(name);
-        records.push_back(func{nullptr, nullptr, line, blocks, covered, blocks ? 100.0 * covered / blocks : 0.0, 0});
+        records.push_back(func{nullptr, nullptr, line, blocks, covered, blocks ? 100.0 * covered / blocks : 0.0, 0, 0});
     }
     func **Table()
     {

@@ -39,8 +39,8 @@ Captured WritePages(const ScratchDir &dir, const std::string &blocked, bool with
             remove("m.c");
 
         static char f[] = "f", g[] = "g";
-        static func covered{f, f, 1, 1, 1, 100.0, 0};
-        static func notCovered{g, g, 2, 1, 0, 0.0, 0};
+        static func covered{f, f, 1, 1, 1, 100.0, 0, 0};
+        static func notCovered{g, g, 2, 1, 0, 0.0, 0, 0};
         static func *table[2] = {&covered, &notCovered};
         fileFuncs = fileFuncsCovered = table;
         fileFuncsUncovered = table + 1;
