@@ -17,6 +17,7 @@ struct COMP {
     int32_t first_in_module;    /* 1 on the first entry of a module */
     int32_t dup_name;           /* 1: another instance of the same source function */
     int32_t spi_value;          /* linkage character ('E' external) */
+    uint32_t file_rank;         /* fileName's place among the list's, for its sort */
     char *name;                 /* display name; may be procName itself */
     char *fileName;             /* the module's source file (module key) */
     char *procName;             /* name as recorded in the profile (lookup key) */

@@ -114,3 +114,32 @@ TEST_F(FunctionList, OnlyModulesOfInterestAndEmptyFiles)
     // A last line without its newline still counts.
     EXPECT_EQ(ListOf("a.c a.o f 3 2 E").size(), 1u);
 }
+
+// The sort compares file names by their places among the list's: two
+// copies of one path, apart in the list, must still sort as one file (the
+// second copy's record between the first's), and
+// a record without a display name falls back to its profile name.
+TEST(ComponentSort, EqualPathsInSeparateCopiesSortAsOneFile)
+{
+    char b1[] = "/s/b.c", a[] = "/s/a.c", b2[] = "/s/b.c", ab[] = "/s/ab.c";
+    char zz[] = "zz", nn[] = "nn", mm[] = "mm", p1[] = "p1", p2[] = "p2";
+    COMP records[6] = {};
+    const struct {
+        char *file;
+        char *name;
+        char *proc;
+    } made[6] = {{b1, zz, zz}, {a, mm, mm}, {b2, nn, nn}, {ab, nullptr, p2}, {ab, nullptr, p1}, {b1, mm, mm}};
+    COMP *array[6];
+    for (int i = 0; i < 6; ++i) {
+        records[i].fileName = made[i].file;
+        records[i].name = made[i].name;
+        records[i].procName = made[i].proc;
+        array[i] = &records[i];
+    }
+    QuickSortComponents(array, 6);
+    std::vector<std::string> order;
+    for (COMP *c : array)
+        order.push_back(std::string(c->fileName) + "|" + c->procName);
+    EXPECT_EQ(order, (std::vector<std::string>{"/s/a.c|mm", "/s/ab.c|p1", "/s/ab.c|p2", "/s/b.c|mm", "/s/b.c|nn",
+                                               "/s/b.c|zz"}));
+}
