@@ -35,7 +35,7 @@ if [ "$free_mb" -lt $((ROUNDS * 1500 + 4000)) ]; then
     exit 1
 fi
 cmake -S . -B build -G Ninja >/dev/null
-cmake --build build -j2 --target vemcov generate_project write_floor warm_memory >/dev/null
+cmake --build build -j2 --target vemcov generate_project write_floor warm_memory core_sharing >/dev/null
 BUILD=$PWD/build
 VEMCOV=$BUILD/vemcov
 FLOOR=$BUILD/bench/write_floor

@@ -25,6 +25,9 @@ BASELINE=${5:-}
 
 for round in $(seq "$ROUNDS"); do
     echo "-- round $round"
+    # How fast this processor is at the moment, alone and beside the other:
+    # user times grow with both (bench/core_sharing).
+    "$BUILD/bench/core_sharing"
     measure "vemcov -nohtml" "$VEMCOV" -nopmeter -nohtml
     if [ -n "$BASELINE" ]; then
         measure "baseline -nohtml" "$BASELINE" -nopmeter -nohtml
