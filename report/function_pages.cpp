@@ -115,9 +115,16 @@ static int compareNames(const func *a, const func *b)
 void rankFunctionNames(func **functions, int count)
 {
     auto nameOf = [](const func *f) { return f->name != nullptr ? f->name : ""; };
+    auto before = [&](const func *a, const func *b) { return strcmp(nameOf(a), nameOf(b)) < 0; };
     std::vector<func *> byName(functions, functions + count);
-    std::sort(byName.begin(), byName.end(),
-              [&](const func *a, const func *b) { return strcmp(nameOf(a), nameOf(b)) < 0; });
+    /* The tables are made in the function list's order, which is by name:
+     * the covered one ascending, the uncovered one descending. Equal names
+     * share a rank, so their order among themselves does not matter. */
+    if (!std::is_sorted(byName.begin(), byName.end(), before)) {
+        std::reverse(byName.begin(), byName.end());
+        if (!std::is_sorted(byName.begin(), byName.end(), before))
+            std::sort(byName.begin(), byName.end(), before);
+    }
     int32_t rank = 0;
     for (size_t i = 0; i < byName.size(); ++i) {
         if (i == 0 || strcmp(nameOf(byName[i - 1]), nameOf(byName[i])) != 0)

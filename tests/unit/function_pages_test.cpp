@@ -118,6 +118,33 @@ TEST(FunctionPages, BothSortsOrderEveryKeyBothWays)
     }
 }
 
+// The ranks do not depend on the table's order: a table already in name
+// order (as the covered list comes) or in reverse (the uncovered one) is
+// ranked as a scrambled one is, equal names sharing one rank.
+TEST(FunctionPages, NameRanksTheSameInAnyOrder)
+{
+    Functions f;
+    for (const char *name : {"m", "b", "z", "b", "a", "m", "q"})
+        f.Add(name, 1, 1, 1);
+    auto ranksOf = [&](std::vector<int> order) {
+        func **table = f.Table();
+        std::vector<func *> arranged;
+        for (int i : order)
+            arranged.push_back(table[i]);
+        for (func &record : f.records)
+            record.nameRank = 0;
+        rankFunctionNames(arranged.data(), static_cast<int>(arranged.size()));
+        std::vector<int> ranks;
+        for (const func &record : f.records)
+            ranks.push_back(record.nameRank);
+        return ranks;
+    };
+    const std::vector<int> expected = {3, 2, 5, 2, 1, 3, 4};
+    EXPECT_EQ(ranksOf({0, 1, 2, 3, 4, 5, 6}), expected);  // scrambled
+    EXPECT_EQ(ranksOf({4, 1, 3, 0, 5, 6, 2}), expected);  // ascending
+    EXPECT_EQ(ranksOf({2, 6, 5, 0, 3, 1, 4}), expected);  // descending
+}
+
 TEST(FunctionPages, RefusesOrdersItCannotSortOrWrite)
 {
     Functions f;
