@@ -155,14 +155,26 @@ struct FunctionBefore {
     }
 };
 
+template <class Before>
+static void SelectSortFunctions(func **functions, int count, Before before)
+{
+    exchangeSortTable(functions, count, before);
+}
+
+template <class Before>
+static void QuickSortFunctions(func **functions, int low, int high, Before before)
+{
+    quickSortTable(functions, low, high, before);
+}
+
 template <int KEY, bool ASCENDING>
 static void sortFunctionsBy(func **functions, int count)
 {
     FunctionBefore<KEY, ASCENDING> before;
     if (count < TABLE_QUICKSORT_THRESHOLD)
-        exchangeSortTable(functions, count, before);
+        SelectSortFunctions(functions, count, before);
     else
-        quickSortTable(functions, 0, count - 1, before);
+        QuickSortFunctions(functions, 0, count - 1, before);
 }
 
 void sortFunctions(func **functions, int count, SortType order)
