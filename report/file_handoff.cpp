@@ -15,7 +15,6 @@
 #include <sys/uio.h>
 #include <thread>
 #include <unistd.h>
-#include <unordered_map>
 #include <vector>
 
 #include "shared/vemtra/tallyfold/checked_alloc.h"
@@ -327,29 +326,38 @@ ssize_t streamWrite(void *cookie, const char *bytes, size_t length)
     return static_cast<ssize_t>(length);
 }
 
-/* The pages' streams, for handing their page buffers over (lock held). */
-std::unordered_map<FILE *, HandedFile *> &pageStreams = *new std::unordered_map<FILE *, HandedFile *>;
+/* The page the calling thread is making, for handing its page buffer
+ * over: a maker writes and closes each page before it opens the next, so
+ * a thread has one at a time, found without the lock or a search. */
+struct CurrentPage {
+    FILE *stream = nullptr;
+    HandedFile *file = nullptr;
+};
+thread_local CurrentPage currentPage;
 
 int streamClose(void *cookie)
 {
     HandedFile *file = static_cast<HandedFile *>(cookie);
-    std::lock_guard<std::mutex> hold(lock);
-    pageStreams.erase(file->stream);
-    push(Piece{Piece::CLOSE, file});
+    if (currentPage.file == file)
+        currentPage = CurrentPage();
+    queue(Piece{Piece::CLOSE, file});
     return 0;
 }
 
-/* A record for a new file: one used before when there is one. */
-HandedFile *newHandedFile(std::string path, const std::string &name, OpenFailure failure)
+/* A record used before, when there is one (lock held). */
+HandedFile *takeSpareFile()
 {
-    HandedFile *file = nullptr;
-    {
-        std::lock_guard<std::mutex> hold(lock);
-        if (!spareFiles.empty()) {
-            file = spareFiles.back();
-            spareFiles.pop_back();
-        }
-    }
+    if (spareFiles.empty())
+        return nullptr;
+    HandedFile *file = spareFiles.back();
+    spareFiles.pop_back();
+    return file;
+}
+
+/* A record for a new file: `spare` (from takeSpareFile) when not null. */
+HandedFile *newHandedFile(HandedFile *spare, std::string path, const std::string &name, OpenFailure failure)
+{
+    HandedFile *file = spare;
     if (file == nullptr)
         return new HandedFile{std::move(path), name, std::move(failure)};
     /* The strings keep their room: assigning rarely allocates. */
@@ -549,43 +557,36 @@ FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailur
 {
     if (!active)
         return nullptr;
-    if (makersShare) {
-        /* Behind: the maker writes this page itself. */
+    HandedFile *spare;
+    {
         std::lock_guard<std::mutex> hold(lock);
-        if (bytesWaiting() >= SHARE_BYTES)
+        /* Behind: the maker writes this page itself. */
+        if (makersShare && bytesWaiting() >= SHARE_BYTES)
             return nullptr;
+        spare = takeSpareFile();
     }
     flushDiverted();
     /* A full name too long for the system keeps the run's relative one
      * (the run no longer changes its directory; the full name is a guard). */
     const bool relative = path[0] != '/' && startDir.size() + path.size() < PATH_MAX;
-    HandedFile *file = newHandedFile(relative ? startDir + path : path, name, std::move(failure));
+    HandedFile *file = newHandedFile(spare, relative ? startDir + path : path, name, std::move(failure));
     static const cookie_io_functions_t FUNCTIONS = {nullptr, streamWrite, nullptr, streamClose};
     FILE *stream = fopencookie(file, "w", FUNCTIONS);
     if (stream == nullptr)
         VEMTRA_Out_Of_Memory();
     file->stream = stream;
-    std::lock_guard<std::mutex> hold(lock);
-    pageStreams.emplace(stream, file);
-    push(Piece{Piece::OPEN, file});
+    currentPage = CurrentPage{stream, file};
+    queue(Piece{Piece::OPEN, file});
     return stream;
 }
 
 bool handOffPageBytes(FILE *stream, const char *bytes, size_t length)
 {
-    if (!active)
+    if (!active || stream == nullptr || stream != currentPage.stream)
         return false;
-    HandedFile *file;
-    {
-        std::lock_guard<std::mutex> hold(lock);
-        auto found = pageStreams.find(stream);
-        if (found == pageStreams.end())
-            return false;
-        file = found->second;
-    }
     /* What the stream holds was written before these bytes. */
     fflush(stream);
-    queueBytes(file, bytes, length);
+    queueBytes(currentPage.file, bytes, length);
     return true;
 }
 

@@ -50,11 +50,11 @@ void fileHandoffWait();
  * shared rather than waited for. */
 FILE *handedOffPage(const std::string &path, const std::string &name, OpenFailure failure);
 
-/* Queues the `length` bytes at `bytes` for the page of `stream` (from
- * handedOffPage), after what the stream holds, copying them straight into
- * the thread's queue rather than through the stream's own buffer, which
- * would cut them into pieces and copy them twice. False, and nothing
- * done, for any other stream. */
+/* Queues the `length` bytes at `bytes` for the page of `stream` (the
+ * calling thread's latest from handedOffPage), after what the stream
+ * holds, copying them straight into the thread's queue rather than
+ * through the stream's own buffer, which would cut them into pieces and
+ * copy them twice. False, and nothing done, for any other stream. */
 bool handOffPageBytes(FILE *stream, const char *bytes, size_t length);
 
 /* While pages are handed off: a stream whose bytes reach `real`, a file
