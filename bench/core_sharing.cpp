@@ -1,6 +1,6 @@
 // core_sharing.cpp -- how much work on the other processor slows this one:
-// a loop of independent additions (many instructions per cycle, almost no
-// memory) timed alone, then while the same loop runs on a second thread.
+// a loop of additions and exclusive ors (all in registers, no memory)
+// timed alone, then while the same loop runs on a second thread.
 // Two processors of their own give about 1.0; two hardware threads of one
 // core, as a virtual machine's processors are sometimes placed, give 1.5
 // or more, and every run that keeps both processors busy (the default
@@ -27,8 +27,8 @@ double threadSeconds()
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-// Eight chains of additions and exclusive ors, kept in registers and kept
-// from being folded away; returns the processor time it took.
+// Eight running values, each updated from another, kept in registers and
+// kept from being folded away; returns the processor time it took.
 double timedLoop(int64_t iterations)
 {
     double start = threadSeconds();
@@ -58,8 +58,7 @@ int main(int argc, char **argv)
         return 1;
     }
     double alone = timedLoop(iterations);
-    double other = 0;
-    std::thread second([&] { other = timedLoop(iterations); });
+    std::thread second([iterations] { timedLoop(iterations); });
     double beside = timedLoop(iterations);
     second.join();
     printf("core sharing: an arithmetic loop %.3f s alone, %.3f s beside another (%.2f x)\n", alone, beside,
